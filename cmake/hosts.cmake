@@ -1,0 +1,4 @@
+# Host names that a site may want to set for itself. They reach the sources as the generated header hosts.h.
+set(KVUTIL_S3_SERVICE_DOMAIN "amazonaws.com" CACHE STRING "Domain whose hosts are S3 endpoints of the provider")
+set(KVUTIL_S3_GLOBAL_HOST "s3.amazonaws.com" CACHE STRING "The provider's global S3 host")
+configure_file(${CMAKE_CURRENT_LIST_DIR}/hosts.h.in ${PROJECT_BINARY_DIR}/generated/hosts.h)

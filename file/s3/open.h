@@ -1,0 +1,14 @@
+// The S3 entry in the list of openers.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "file/openers.h"
+
+namespace kv::file::s3 {
+
+/// Opens an S3 object; declines every text that names none, and every text while the S3 client does not start.
+std::optional<std::int64_t> openObject(const OpenRequest& request);
+
+}  // namespace kv::file::s3

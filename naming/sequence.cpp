@@ -1,0 +1,120 @@
+// Sequences on disk: how many files belong to one, and which comes first.
+//
+// Both calls compare the lengths of names, never their texts: two clips of equal length in one folder are one sequence
+// to them. Numbers are compared as unsigned words, of which 0xFFFFFFFF means none.
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+#include "border/guard.h"
+#include "border/text.h"
+#include "kvos/find.h"
+#include "kvos/naming.h"
+#include "naming/append.h"
+#include "naming/numbered_name.h"
+#include "naming/path_parts.h"
+
+namespace kv::naming {
+namespace {
+
+constexpr std::uint32_t kNoNumber = 0xFFFFFFFF;
+
+/// One enumeration, open as long as the object lives and positioned on an entry.
+class Enumeration {
+public:
+    explicit Enumeration(const char* pattern) : handle_(kvOSFindFirstFile(pattern, &entry_)) {}
+    ~Enumeration() {
+        if (!isOpen()) return;
+        const border::KeepErrno keep;
+        kvOSFindClose(handle_);
+    }
+    Enumeration(const Enumeration&) = delete;
+    Enumeration& operator=(const Enumeration&) = delete;
+
+    bool isOpen() const { return handle_ != -1; }
+    const char* name() const { return entry_.szName; }
+    bool next() { return kvOSFindNextFile(handle_, &entry_) != 0; }
+
+private:
+    kvOSFindData entry_{};
+    std::int64_t handle_;  // behind the entry, which is filled while the handle is made
+};
+
+/// The name of an entry without its extension; empty for one that no path buffer holds.
+std::string_view stemOf(const char* entry) {
+    const auto parts = splitPath(entry, DriveRule::keep);
+    return parts ? parts->name : std::string_view{};
+}
+
+std::size_t firstWildcard(std::string_view name) { return std::min(name.find_first_of("*?"), name.size()); }
+
+/// The number that stands at an index of a name: 0 without digits there, all ones beyond 64 bits.
+std::uint32_t numberAt(const char* name, std::size_t index) {
+    const border::KeepErrno keep;
+    return static_cast<std::uint32_t>(std::strtoll(name + std::min(index, std::strlen(name)), nullptr, 10));
+}
+
+}  // namespace
+}  // namespace kv::naming
+
+namespace naming = kv::naming;
+namespace border = kv::border;
+
+std::uint32_t FindFilesNumber(const char* pPattern, std::uint32_t* pdwFirst, std::uint32_t* pdwDigits) {
+    if (pdwFirst != nullptr) *pdwFirst = naming::kNoNumber;
+    const auto pattern = naming::splitPath(pPattern, naming::DriveRule::keep);
+    if (!pattern) return 0;
+    naming::Enumeration found(pPattern);
+    if (!found.isOpen()) return 0;
+    const std::size_t length = naming::stemOf(found.name()).size();
+    if (pdwDigits != nullptr) *pdwDigits = naming::readNumber(naming::stemOf(found.name())).digits;
+
+    const std::size_t prefix = naming::firstWildcard(pattern->name);
+    std::uint32_t count = 0;
+    std::uint32_t lowest = naming::kNoNumber;
+    do {
+        if (naming::stemOf(found.name()).size() != length) continue;
+        ++count;
+        lowest = std::min(lowest, naming::numberAt(found.name(), prefix));
+    } while (found.next());
+
+    if (pdwFirst == nullptr) return count;
+    *pdwFirst = lowest;
+    return lowest + count;  // meant: one past the last number, not a count
+}
+
+std::uint32_t FindFistFilesNumber(const char* pPath, char* pFirstPath) {
+    const auto path = naming::splitPath(pPath, naming::DriveRule::split);
+    // Meant: an entry's extension is never looked at, so that a path with one equals no entry.
+    if (!path || !path->ext.empty()) return 0;
+    border::PathBuffer folder;
+    border::PathBuffer pattern;
+    border::PathBuffer lowestPath;
+    if (!naming::joinPath(folder, {path->drive, path->dir, {}, {}})) return 0;
+    if (folder[0] == '\0') naming::replaceText(folder, "/");
+    naming::replaceText(pattern, folder);
+    if (!naming::appendPieces(pattern, {"*"})) return 0;
+    naming::Enumeration found(pattern);
+    if (!found.isOpen()) return 0;
+
+    // Meant: the first entry decides how many digits are read, whatever it is.
+    const std::size_t digits = naming::readNumber(naming::stemOf(found.name())).digits;
+    const std::size_t end = naming::firstWildcard(path->name);
+    const std::size_t start = end > digits ? end - digits : 0;
+    std::uint32_t count = 0;
+    std::uint32_t lowest = naming::kNoNumber;
+    do {
+        if (naming::stemOf(found.name()).size() != path->name.size()) continue;
+        ++count;
+        const std::uint32_t number = naming::numberAt(found.name(), start);
+        if (number >= lowest) continue;
+        lowest = number;
+        naming::replaceText(lowestPath, folder);
+        if (!naming::appendPieces(lowestPath, {found.name()})) return 0;
+    } while (found.next());
+    if (lowest != naming::kNoNumber && pFirstPath != nullptr) naming::replaceText(pFirstPath, lowestPath);
+    return count;
+}

@@ -1,0 +1,14 @@
+// The monotonic clock: it never steps, starts at no particular moment, and has nothing to do with the time of day.
+#pragma once
+
+#include <cstdint>
+
+namespace kv::platform {
+
+/// The clock's reading, in a unit of the system's own.
+std::uint64_t monotonicTicks() noexcept;
+
+/// How many nanoseconds a number of ticks comes to.
+std::uint64_t ticksToNanoseconds(std::uint64_t ticks) noexcept;
+
+}  // namespace kv::platform

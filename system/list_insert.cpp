@@ -1,0 +1,71 @@
+// Listing a node: first, last, before another, after another.
+//
+// A node that outlived its list's closing still names it, and may come back here as a neighbour once the list is made
+// anew. That is why the cases are told by the header's head and tail, not by the neighbour's own links.
+#include "dlist.h"
+#include "system/list.h"
+
+using kv::system::claim;
+using kv::system::isUsable;
+using kv::system::parentOf;
+
+namespace {
+
+/// Links a claimed node between two neighbours, null standing for the end on that side.
+void link(d_List& list, d_ListNode* before, d_ListNode& node, d_ListNode* after) {
+    node.prev = before;
+    node.next = after;
+    (before == nullptr ? list.head : before->next) = &node;
+    (after == nullptr ? list.tail : after->prev) = &node;
+    ++list.count;
+}
+
+/// Whether a node may be named as a neighbour: none at all, or one of this list.
+bool isOfList(d_ListNode* neighbour, const d_List& list) {
+    return neighbour == nullptr || parentOf(*neighbour) == &list;
+}
+
+}  // namespace
+
+uint32_t d_ListAddHead(d_List* pList, d_ListNode* pNode) {
+    if (!isUsable(pList) || pNode == nullptr) return 0;
+    const CDAutoLock held(&pList->lock);
+    if (!claim(*pNode, *pList)) return 0;
+    link(*pList, nullptr, *pNode, pList->head);
+    return 1;
+}
+
+uint32_t d_ListAddTail(d_List* pList, d_ListNode* pNode) {
+    if (!isUsable(pList) || pNode == nullptr) return 0;
+    const CDAutoLock held(&pList->lock);
+    if (!claim(*pNode, *pList)) return 0;
+    link(*pList, pList->tail, *pNode, nullptr);
+    return 1;
+}
+
+d_ListNode* d_ListInsertAt(d_List* pList, d_ListNode* pAt, d_ListNode* pNode) {
+    if (!isUsable(pList) || pNode == nullptr) return nullptr;
+    const CDAutoLock held(&pList->lock);
+    if (!isOfList(pAt, *pList) || !claim(*pNode, *pList)) return nullptr;
+    if (pAt == nullptr) {
+        link(*pList, pList->tail, *pNode, nullptr);
+    } else if (pAt == pList->head || pList->head == nullptr) {
+        link(*pList, nullptr, *pNode, pList->head);
+    } else {
+        link(*pList, pAt->prev, *pNode, pAt);
+    }
+    return pNode;
+}
+
+d_ListNode* d_ListInsert(d_List* pList, d_ListNode* pAfter, d_ListNode* pNode) {
+    if (!isUsable(pList) || pNode == nullptr) return nullptr;
+    const CDAutoLock held(&pList->lock);
+    if (!isOfList(pAfter, *pList) || !claim(*pNode, *pList)) return nullptr;
+    // Head and tail are the same in an empty list, too: there, last is first.
+    if (pAfter == nullptr || pAfter == pList->tail || pList->head == pList->tail) {
+        link(*pList, pList->tail, *pNode, nullptr);
+    } else {
+        link(*pList, pAfter, *pNode, pAfter->next);
+    }
+    return pNode;
+}
