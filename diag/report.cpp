@@ -1,7 +1,8 @@
 // The front door of messages: one line of text is composed, handed to the log and copied to standard error.
 //
-// No call here fails or disturbs its caller: errno is as it was when the call returns. A text too long for the
-// composition buffer is never cut; it goes to standard error whole and is not logged.
+// No call here fails or disturbs its caller: errno is as it was when the call returns. A text of 4097 bytes
+// or more goes to standard error whole and is not logged; of a shorter one, what the layout adds may be cut at the end
+// of the composition buffer.
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
@@ -37,10 +38,10 @@ struct CodeText {
     char text[sizeof szWin];
 
     explicit CodeText(std::uint32_t code) {
-        const char* shared = FormatWinMsg(code);
+        char* shared = FormatWinMsg(code);
         std::size_t i = 0;
         for (; i < sizeof text - 1; ++i) {
-            text[i] = std::atomic_ref<char>(const_cast<char&>(shared[i])).load(std::memory_order_relaxed);
+            text[i] = relaxedLoad(shared[i]);
             if (text[i] == '\0') return;
         }
         text[i] = '\0';
@@ -101,6 +102,7 @@ std::uint32_t ErrMsg(std::uint32_t dwCode, const char* pText, std::uint64_t qwRe
                      const char* pFile, std::int32_t nLine) {
     if (relaxedLoad(gfReadReg) == 0) {
         const KeepErrno keep;  // code 0 asks for the caller's errno, not for that of reading settings
+        kv::border::relaxedStore(gfReadReg, 1u);  // first, so that a report made by the reading does not come back here
         _ReadRegSettings();
     }
     const bool isError = dwCode >> 30 == 3;
@@ -173,10 +175,10 @@ std::uint32_t ErrStrOut(std::uint32_t dwCode, const char* pText, const char* pFi
 std::uint32_t ErrFmtOut(std::uint32_t dwCode, const char* pFile, std::int32_t nLine, const char* pFormat, ...) {
     const KeepErrno keep;
     if (pFormat == nullptr) return 0;
-    char text[4096];
+    char text[4097];
     va_list arguments;
     va_start(arguments, pFormat);
-    std::vsnprintf(text, sizeof text, pFormat, arguments);
+    std::vsnprintf(text, 4096, pFormat, arguments);
     va_end(arguments);
     ErrStrOut(dwCode, text, pFile, nLine);
     return 0;

@@ -2,10 +2,10 @@
 //
 // The openers are asked in the order of their list; the first that does not decline decides.
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
-#include <cwchar>
+#include <cstring>
 #include <memory>
-#include <new>
 
 #include "border/guard.h"
 #include "border/text.h"
@@ -31,6 +31,12 @@ kvOSFileHandle* newRecord(std::uint32_t type, const OpenRequest& request) {
     return file;
 }
 
+void reportFailedOpen(const OpenRequest& request, const char* path) {
+    const int error = errno;
+    ErrOut("kvOSCreateFile(%s,0x%08X,0x%08X,0x%08X,0x%08X)-FAIL=0x%08X(%d) ", path, request.access, request.share,
+           request.creation, request.flags, static_cast<unsigned>(error), error);
+}
+
 namespace {
 
 constexpr std::uint32_t kShareWrite = 2;
@@ -42,11 +48,18 @@ void warnOfSharedWriting(const OpenRequest& request) {
            static_cast<int>(reinterpret_cast<std::intptr_t>(request.redirected)));
 }
 
+/// A path that is refused for its length, short enough for a message that still holds its reason.
+struct ShortenedPath {
+    char text[256];
+
+    explicit ShortenedPath(const char* path) { std::snprintf(text, sizeof text, "%.*s...", 252, path); }
+};
+
 std::int64_t open(OpenRequest request) {
     border::PathBuffer target;
-    if (!redirected(request.path, target)) {
-        ErrOut("kvOSCreateFile(%s,0x%08X,0x%08X,0x%08X,0x%08X)-FAIL=0x%08X(%d) ", request.path, request.access,
-               request.share, request.creation, request.flags, static_cast<unsigned>(errno), errno);
+    if (!redirected(request.path, target) || strnlen(request.path, border::kPathSize) == border::kPathSize) {
+        errno = ENAMETOOLONG;
+        reportFailedOpen(request, ShortenedPath(request.path).text);
         return kInvalidHandle;
     }
     if (target[0] == '\0') return kInvalidHandle;
@@ -56,6 +69,14 @@ std::int64_t open(OpenRequest request) {
         if (const auto handle = opener(request)) return *handle;
     }
     return kInvalidHandle;
+}
+
+/// Whether a letter beyond U+FFFF would end the converted text, so that another file would be opened.
+bool endsEarlyAsUtf8(const wchar_t* text) {
+    for (; *text != L'\0'; ++text) {
+        if ((static_cast<std::uint32_t>(*text) & 0xFFFF) == 0) return true;
+    }
+    return false;
 }
 
 }  // namespace
@@ -78,6 +99,10 @@ std::int64_t kvOSCreateFileW(const wchar_t* path, std::uint32_t dwAccess, std::u
                              std::uint32_t dwCreation, std::uint32_t dwFlags, std::int64_t hTemplate) {
     if (path == nullptr || *path == L'\0') return file::kInvalidHandle;
     return kv::border::atBorder(file::kInvalidHandle, [&]() -> std::int64_t {
+        if (file::endsEarlyAsUtf8(path)) {
+            errno = EILSEQ;
+            return file::kInvalidHandle;
+        }
         // As much room as the result needs: three bytes a letter are not rare.
         const std::int64_t size = kvStr_wchar_to_UTF8(nullptr, path, INT64_MAX);
         const auto text = std::make_unique<char[]>(static_cast<std::size_t>(size) + 3);

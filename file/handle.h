@@ -42,7 +42,7 @@ struct kvOSFileHandle {
     void* pSpare2;
     std::uint64_t qwCacheStart;  // file offset of the first byte in pCache
     std::uint32_t dwCacheLen;    // bytes valid in pCache
-    char* szOAuthServer;         // token endpoint and what its answers held; URL files only
+    char* szOAuthServer;         // token endpoint, token file and its answers; URL files only
     char* szOAuthJson;
     char* szClientId;
     char* szClientSecret;

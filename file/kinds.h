@@ -5,7 +5,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
 #include "file/handle.h"
 
@@ -37,7 +36,6 @@ Outcome refuseRead(kvOSFileHandle& file, void* buffer, const Transfer& transfer)
 Outcome refuseWrite(kvOSFileHandle& file, const void* buffer, const Transfer& transfer);
 
 struct FileKind {
-    std::string_view name;
     Outcome (&read)(kvOSFileHandle&, void* buffer, const Transfer&) = refuseRead;
     Outcome (&write)(kvOSFileHandle&, const void* buffer, const Transfer&) = refuseWrite;
     std::int64_t (&seek)(kvOSFileHandle&, std::int64_t position) = seekInRecord;
@@ -61,7 +59,7 @@ extern const FileKind kLocalFile;
 extern const FileKind kMemoryFile;
 extern const FileKind kUrlFile;
 
-/// Memory, URL and S3 by their value of dwType; any other value is local.
+/// Memory and URL by their value of dwType; any other value is local.
 const FileKind& kindOf(const kvOSFileHandle& file);
 
 /// Frees the three 1 MiB buffers, as far as they are set, and the record itself.

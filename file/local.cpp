@@ -12,6 +12,7 @@
 #include "file/kinds.h"
 #include "file/openers.h"
 #include "file/transfer.h"
+#include "platform/full_sync.h"
 
 namespace kv::file {
 namespace {
@@ -32,28 +33,35 @@ std::FILE* openStream(const char* path, std::uint32_t access, std::uint32_t crea
     return existing != nullptr ? existing : std::fopen(path, "wb+");
 }
 
-/// A buffer of the stream's own, halved until the system accepts its size.
+/// A buffer that the system allocates, its size halved until the system accepts it. A system may accept a size and keep
+/// its own, as glibc does with the block size of the file: a larger one makes every seek read a whole buffer there.
 void giveReadBuffer(std::FILE* stream) {
     for (std::size_t size = kReadBufferSize; size > 0; size /= 2) {
         if (std::setvbuf(stream, nullptr, _IOFBF, size) == 0) return;
     }
 }
 
+/// Every change of the position goes through here: after it, either direction is free.
+bool seekStream(kvOSFileHandle& file, std::int64_t distance, int whence) {
+    if (fseeko(streamOf(file), distance, whence) != 0) return false;
+    file.lastTransfer = Direction::none;
+    return true;
+}
+
 /// Readies the stream for a transfer in the other direction. stdio wants a seek in between: without it, bytes that were
 /// written and still stand in the buffer can be lost. A stream that can't seek has its buffer flushed.
 bool turnTo(Direction direction, kvOSFileHandle& file) {
-    const Direction before = std::exchange(file.lastTransfer, direction);
-    if (before == direction || before == Direction::none) return true;
-    std::FILE* stream = streamOf(file);
-    if (fseeko(stream, 0, SEEK_CUR) == 0) return true;
-    return errno == ESPIPE && std::fflush(stream) == 0;
+    if (file.lastTransfer != direction && file.lastTransfer != Direction::none && !seekStream(file, 0, SEEK_CUR) &&
+        (errno != ESPIPE || std::fflush(streamOf(file)) != 0)) {
+        return false;
+    }
+    file.lastTransfer = direction;
+    return true;
 }
 
-/// Every change of the position goes through here: after it, either direction is free.
-bool seekStream(kvOSFileHandle& file, std::int64_t distance, int whence) {
-    file.lastTransfer = Direction::none;
-    return fseeko(streamOf(file), distance, whence) == 0;
-}
+/// Bytes that were read ahead and are gone from the file must not be delivered: a seek ends writing, so that the flush
+/// then drops what was read.
+bool dropReadAhead(kvOSFileHandle& file) { return seekStream(file, 0, SEEK_CUR) && std::fflush(streamOf(file)) == 0; }
 
 int whenceOf(std::uint32_t method) {
     switch (method) {
@@ -139,13 +147,7 @@ std::uint64_t sizeLocal(kvOSFileHandle& file) {
 
 bool cutLocal(kvOSFileHandle& file) {
     std::FILE* stream = streamOf(file);
-    if (ftruncate(fileno(stream), ftello(stream)) == 0) {
-        // What was read ahead is gone from the file, and the stream must not deliver it: a seek ends writing, so that
-        // the flush then drops the bytes read.
-        seekStream(file, 0, SEEK_CUR);
-        std::fflush(stream);
-        return true;
-    }
+    if (ftruncate(fileno(stream), ftello(stream)) == 0 && dropReadAhead(file)) return true;
     const int error = errno;
     if (!isSilentError(error)) {
         ErrOut("kvOSSetEndOfFile(%d)-FAIL=0x%08X(%d) ", printed(handleOf(file)), static_cast<unsigned>(error), error);
@@ -153,8 +155,13 @@ bool cutLocal(kvOSFileHandle& file) {
     return false;
 }
 
-/// Nothing is flushed, and the answer says so. Meant.
-bool flushLocal(kvOSFileHandle&) { return false; }
+/// The stream is not flushed, and the answer says so. Meant, as is the descriptor: the low half of the stream's
+/// address.
+bool flushLocal(kvOSFileHandle& file) {
+    const border::KeepErrno keep;
+    platform::fullSync(static_cast<int>(reinterpret_cast<std::intptr_t>(file.pFile)));
+    return false;
+}
 
 bool isAtEndLocal(kvOSFileHandle& file) { return std::feof(streamOf(file)) != 0; }
 
@@ -174,9 +181,7 @@ bool closeLocal(kvOSFileHandle& file) {
 std::optional<std::int64_t> openLocal(const OpenRequest& request) {
     std::FILE* stream = openStream(request.redirected, request.access, request.creation);
     if (stream == nullptr) {
-        const int error = errno;
-        ErrOut("kvOSCreateFile(%s,0x%08X,0x%08X,0x%08X,0x%08X)-FAIL=0x%08X(%d) ", request.redirected, request.access,
-               request.share, request.creation, request.flags, static_cast<unsigned>(error), error);
+        reportFailedOpen(request, request.redirected);
         return kInvalidHandle;
     }
     kvOSFileHandle* file = newRecord(KVFILE_LOCAL, request);
@@ -190,8 +195,7 @@ std::optional<std::int64_t> openLocal(const OpenRequest& request) {
     return handleOf(*file);
 }
 
-constinit const FileKind kLocalFile{.name = "local",
-                                    .read = readLocal,
+constinit const FileKind kLocalFile{.read = readLocal,
                                     .write = writeLocal,
                                     .seek = seekLocal,
                                     .seekEnd = seekEndLocal,

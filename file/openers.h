@@ -31,6 +31,9 @@ std::optional<std::int64_t> openLocal(const OpenRequest& request);  // never dec
 
 std::span<const Opener> openers();
 
+/// Tells of a failed open, the last error being its reason.
+void reportFailedOpen(const OpenRequest& request, const char* path);
+
 /// A zeroed record that holds the kind and the arguments of the open; null when memory is short.
 kvOSFileHandle* newRecord(std::uint32_t type, const OpenRequest& request);
 

@@ -17,12 +17,19 @@
 namespace kv::file {
 namespace {
 
+/// What one call of kvOSWriteFile can take.
+constexpr std::size_t kLongestText = 0xFFFFFFFE;
+
 struct Written {
     bool succeeded;
     std::uint32_t bytes;  // by the main file
 };
 
 Written writeText(std::int64_t handle, const char* text, std::size_t length) {
+    if (length > kLongestText) {
+        errno = EFBIG;
+        return {false, 0};
+    }
     const auto count = static_cast<std::uint32_t>(length);
     std::uint32_t written = 0;
     if (isValid(handle)) {

@@ -1,5 +1,5 @@
 // HTTP, HTTPS and FTP URLs. Their transfers are not part of this build yet: an open is refused with the message of a
-// failed one. What a URL handle owns is freed here.
+// failed one. The texts of a login that a URL handle owns are freed here.
 #include <cerrno>
 #include <cstdlib>
 #include <optional>
@@ -35,6 +35,6 @@ std::optional<std::int64_t> openUrl(const OpenRequest& request) {
     return kInvalidHandle;
 }
 
-constinit const FileKind kUrlFile{.name = "URL", .close = closeUrl, .repeatsWrites = true, .seeksWhenWriting = false};
+constinit const FileKind kUrlFile{.close = closeUrl, .repeatsWrites = true, .seeksWhenWriting = false};
 
 }  // namespace kv::file

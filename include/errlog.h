@@ -54,7 +54,8 @@ KVUTIL_API char *FormatWinMsg(uint32_t dwCode);
  * The general report: ErrMsgBox for an error-class code while gfShowErrors is not 0 and gfUseErrorBox is exactly 1,
  * otherwise ErrMsgOut. Meant: the show flags silence nothing, every message of every class is logged.
  *
- * @param pText  not null: the caller's duty. At 4097 bytes or more it goes to standard error alone, whole.
+ * @param pText  null counts as "No error supplied". At 4097 bytes or more it goes to standard error alone, whole. The
+ *               composed message holds at most 4096 bytes; what the layout adds to a long text is cut there.
  * @param qwReserved1, qwReserved2  not looked at; 0.
  * @param pFile, nLine  source position; used only when pFile is not null and nLine is not 0.
  */

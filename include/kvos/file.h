@@ -2,7 +2,6 @@
 #ifndef KVOS_FILE_H
 #define KVOS_FILE_H
 
-#include <stdarg.h>
 #include <stdint.h>
 #include <wchar.h>
 
@@ -50,8 +49,9 @@ typedef struct kvOSOverlapped {
  * S3 object (in builds with S3 support), an HTTP, HTTPS or FTP URL, a local path. Two opens of one "mem://" text are
  * two empty files.
  *
- * @param path        UTF-8. A text of 4096 bytes or more, before or after the redirect, is refused with ENAMETOOLONG.
- * @param dwAccess    KVFILE_READ, KVFILE_WRITE, or both.
+ * @param path        UTF-8. A text of 4096 bytes or more, before or after the redirect, is refused with ENAMETOOLONG,
+ *                    whatever it names.
+ * @param dwAccess    KVFILE_READ, KVFILE_WRITE, or both. Any other value acts on a local file like both.
  * @param dwShare     3 is usual; bit 2 (share for writing) with write access sends a warning and changes nothing else.
  * @param pSecurity   stored and handed to attached outputs; never looked at. The same holds for hTemplate.
  * @param dwCreation  one of KVFILE_CREATE_NEW to KVFILE_TRUNCATE_EXISTING. On a local file: write-only access with 1 or
@@ -63,15 +63,19 @@ typedef struct kvOSOverlapped {
  * @return the handle, owned by the caller until kvOSCloseFile; -1 on failure; meant: 0 for a null path.
  *
  * Last error: errno as the system left it; 2 for a null path.
- * Messages:   "kvOSCreateFile(%s,...)-FAIL=..." for every failed local open, a missing file included; "Writing <%d>
- *             being open for write with write share enabled!" for shared writing; none for an empty path.
+ * Messages:   "kvOSCreateFile(%s,...)-FAIL=..." for every failed local open, a missing file included, and for a path
+ *             that is too long, which it shows cut; "Error: opening <%s> " for a URL; "Writing <%d> being open for
+ *             write with write share enabled!" for shared writing; none for an empty path.
  * Threads:    may be called from any thread. A handle belongs to one thread at a time.
  */
 KVUTIL_API int64_t kvOSCreateFile(const char *path, uint32_t dwAccess, uint32_t dwShare, void *pSecurity,
                                   uint32_t dwCreation, uint32_t dwFlags, int64_t hTemplate);
 
 /**
- * kvOSCreateFile for a wide path, which is turned into UTF-8 first; letters beyond U+FFFF do not survive that.
+ * kvOSCreateFile for a wide path, which is turned into UTF-8 first.
+ *
+ * Meant: of a letter beyond U+FFFF only the low 16 bits survive that, so that another name is opened; where they are 0,
+ * which would end the path, the open is refused with EILSEQ.
  *
  * @param path  zero-terminated; null and empty give -1 without a message.
  */
@@ -109,13 +113,14 @@ KVUTIL_API uint32_t kvOSCloseFile(int64_t hFile);
  * A read across the end delivers what is there and succeeds. With an overlapped record the position is first set to its
  * qwOffset on a local file; a memory file reads at its position.
  *
- * @param pBuffer      room for dwCount bytes.
- * @param pdwRead      receives the bytes read; may be null on local and memory files.
+ * @param pBuffer      room for dwCount bytes; null is refused with EINVAL unless dwCount is 0.
+ * @param pdwRead      receives the bytes read; may be null on local and memory files. On a local file, bytes that came
+ *                     before an error are counted and the read succeeds; without a count it fails.
  * @param pOverlapped  null, or a record whose qwOffset is used.
  * @return 1, or 0. On a local file at its end: 0 bytes, and 1. On a memory file at its end: 0 bytes, and 0; meant.
  *         Meant: a count of 0xFFFFFFFF is refused like an invalid handle.
  *
- * Last error: errno of the failed read.
+ * Last error: errno of the failed read; as it was at the end of a memory file.
  * Messages:   "kvOSReadFile(INVALID_HANDLE_VALUE) " for the handles 0 and -1; "kvOSReadFile(%d %d)-FAIL=..." for an
  *             error above 0 other than 997. Error 59 sends "...unexpected network error..." and tries again, for ever.
  */
@@ -128,11 +133,12 @@ KVUTIL_API uint32_t kvOSReadFile(int64_t hFile, void *pBuffer, uint32_t dwCount,
  * A memory file grows without limit; a write beyond its end leaves the gap as whatever the buffer holds. On a local
  * file the bytes may stay in the stream's buffer until kvOSCloseFile, which is then the call that reports a full disk.
  *
+ * @param pBuffer     dwCount bytes; null is refused with EINVAL unless dwCount is 0.
  * @param pdwWritten  receives the bytes written; may be null on local and memory files.
  * @param pOverlapped null, or a record whose qwOffset is used (local files).
  * @return 1, meant also for a short write whose count was asked for; 0 when nothing could be written.
  *
- * Last error: errno of the failed write.
+ * Last error: errno of the failed write. On a memory file EINVAL after a refused seek, EFBIG or ENOMEM without room.
  * Messages:   "kvOSWriteFile(INVALID_HANDLE_VALUE) " for the handles 0 and -1; "ERROR(kvFile): kvOSWriteFile(%d
  *             %d)-FAIL=..." for an error above 0 other than 997.
  */
@@ -146,6 +152,9 @@ KVUTIL_API uint32_t kvOSWriteFile(int64_t hFile, const void *pBuffer, uint32_t d
  * opened with creation 1 or 2. Meant: a refused target leaves the position at all ones, and kvOSTell says -1.
  *
  * @return the position, or -1.
+ *
+ * Last error: errno of the failed seek of a local file, which is also the call that may meet a full disk with what was
+ * written before; as it was on all other kinds.
  */
 KVUTIL_API int64_t kvOSSeek(int64_t hFile, int64_t qwPosition);
 
@@ -188,10 +197,18 @@ KVUTIL_API uint32_t kvOSSetFilePointerEx(int64_t hFile, int64_t qwDistance, int6
  */
 KVUTIL_API uint32_t kvOSGetFileSize(int64_t hFile, uint32_t *pdwHigh);
 
-/** The size of an open file in bytes. Returns 1; 0 for the handles 0 and -1. pqwSize may be null. */
+/**
+ * The size of an open file in bytes.
+ *
+ * @param pqwSize null, or receives the size; 0 for an invalid handle, and for a local file that has none, as a pipe.
+ * @return 1; 0 for the handles 0 and -1.
+ */
 KVUTIL_API uint32_t kvOSGetFileSizeEx(int64_t hFile, uint64_t *pqwSize);
 
-/** The size in bytes of what a locator names, found by opening and closing it; 0 if it can't be opened. */
+/**
+ * The size in bytes of what a locator names, found by opening and closing it; 0 if it can't be opened. Of a folder it
+ * is whatever the system says of one. Messages: those of kvOSCreateFile.
+ */
 KVUTIL_API uint64_t kvOSGetFileSizeName(const char *path);
 
 /**
@@ -213,15 +230,19 @@ KVUTIL_API uint32_t kvOSSetEndOfFile(int64_t hFile);
  */
 KVUTIL_API uint32_t kvOSFlushFileBuffers(int64_t hFile);
 
-/** 1 if the position can be moved: always, but for a URL opened with anything but KVFILE_READ alone. 0 for 0 and -1. */
+/**
+ * 1 unless the file is a URL opened with anything but KVFILE_READ alone; 0 for the handles 0 and -1. Meant: only the
+ * handle is asked, so that a pipe, too, answers 1.
+ */
 KVUTIL_API uint32_t kvOSCanSeekFile(int64_t hFile);
 
 /**
  * Reads a line, without its ending, of at most dwSize - 1 bytes, and moves the position behind it.
  *
  * Meant: the first line feed and the first carriage return of the whole chunk read each count one byte of line ending,
- * so that a carriage return further on than the line feed moves the position one byte too far. A zero byte ends the
- * text where it stands, and the position stays on it: the call is for text.
+ * so that a carriage return further on than the line feed moves the position one byte too far. The call is for text: a
+ * zero byte ends the line where it stands, and the position does not pass it unless the chunk holds a line ending. It
+ * is for files that can seek: what a pipe gave beyond the line is lost.
  *
  * @return pBuffer; null at the end, on failure, for a null buffer and for a size below 2.
  *
@@ -243,8 +264,8 @@ KVUTIL_API uint32_t kvOSfputs(const char *pText, int64_t hFile);
 KVUTIL_API uint32_t kvOSfprintf(int64_t hFile, const char *pFormat, ...) KVUTIL_PRINTF(2, 3);
 
 /**
- * Whether the end was reached: on a local file once a read has met it, on all others when the position is at or past
- * the size.
+ * Whether the end was reached: on a local file once a read has met it and until a seek or a question for the size, on
+ * all others when the position is at or past the size.
  *
  * @return 1 at the end and for the handles 0 and -1, else 0.
  */
@@ -267,6 +288,8 @@ KVUTIL_API uint32_t kvOSGetLastError(void);
  * Writes a whole buffer to a new file, replacing one that exists.
  *
  * @return bytes written; 0 if the file could not be opened, written or closed without loss.
+ *
+ * Last error: errno of the call that failed. Messages: those of kvOSCreateFile, kvOSWriteFile and kvOSCloseFile.
  */
 KVUTIL_API uint32_t kvOSSaveBuffer(const char *path, const void *pBuffer, uint32_t dwCount);
 
