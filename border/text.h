@@ -1,6 +1,10 @@
-// Text in buffers of a fixed size: nothing here writes past the size it was given, and nothing cuts a path in silence.
+// Text in buffers of a fixed size: nothing here writes past the size it was given.
+//
+// copyText and appendText take a text whole or not at all, and say which; what does not fit leaves no cut path behind
+// that could name another file. Only formatText cuts, and says nothing of it: it is for messages, not for paths.
 #pragma once
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
@@ -33,6 +37,20 @@ inline bool appendText(char* target, std::size_t size, std::string_view text) {
     if (!text.empty()) std::memcpy(target + used, text.data(), text.size());
     target[used + text.size()] = '\0';
     return true;
+}
+
+/// copyText for a path in a buffer of kPathSize bytes; errno is ENAMETOOLONG when it does not fit.
+inline bool copyPath(char* target, std::string_view path) {
+    if (copyText(target, kPathSize, path)) return true;
+    errno = ENAMETOOLONG;
+    return false;
+}
+
+/// appendText for a path in a buffer of kPathSize bytes; errno is ENAMETOOLONG when it does not fit.
+inline bool appendPath(char* target, std::string_view text) {
+    if (appendText(target, kPathSize, text)) return true;
+    errno = ENAMETOOLONG;
+    return false;
 }
 
 /// Whether `text` begins with `prefix`, in any case of ASCII letters.

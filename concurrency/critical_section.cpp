@@ -10,6 +10,7 @@
 
 #include "kvos/sync.h"
 
+namespace kv::concurrency {
 namespace {
 
 // Relaxed: the depth orders nothing, the mutex does.
@@ -20,6 +21,7 @@ void addToDepth(kvOSCriticalSection& section, std::uint64_t change) {
 constexpr std::uint64_t kOneLess = ~std::uint64_t{0};
 
 }  // namespace
+}  // namespace kv::concurrency
 
 int32_t kvOSInitializeCriticalSection(kvOSCriticalSection* pSection) {
     if (pSection == nullptr) return EINVAL;
@@ -34,14 +36,14 @@ int32_t kvOSInitializeCriticalSection(kvOSCriticalSection* pSection) {
 int32_t kvOSEnterCriticalSection(kvOSCriticalSection* pSection) {
     if (pSection == nullptr) return EINVAL;
     const int result = pthread_mutex_lock(&pSection->mutex);
-    addToDepth(*pSection, 1);
+    kv::concurrency::addToDepth(*pSection, 1);
     return result;
 }
 
 int32_t kvOSLeaveCriticalSection(kvOSCriticalSection* pSection) {
     if (pSection == nullptr) return EINVAL;
     const int result = pthread_mutex_unlock(&pSection->mutex);
-    addToDepth(*pSection, kOneLess);
+    kv::concurrency::addToDepth(*pSection, kv::concurrency::kOneLess);
     return result;
 }
 

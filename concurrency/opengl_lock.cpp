@@ -9,6 +9,7 @@
 
 uint32_t fOpenGLCriticalSecontionInitialized = 0;
 
+namespace kv::concurrency {
 namespace {
 
 kvOSCriticalSection openGLSection;
@@ -16,15 +17,18 @@ kvOSCriticalSection openGLSection;
 std::uint32_t made() { return std::atomic_ref(fOpenGLCriticalSecontionInitialized).load(std::memory_order_acquire); }
 
 }  // namespace
+}  // namespace kv::concurrency
+
+namespace concurrency = kv::concurrency;
 
 int32_t kvOSLockOpenGL() {
-    if (made() == 0) {
-        kvOSInitializeCriticalSection(&openGLSection);
+    if (concurrency::made() == 0) {
+        kvOSInitializeCriticalSection(&concurrency::openGLSection);
         std::atomic_ref(fOpenGLCriticalSecontionInitialized).store(1, std::memory_order_release);
     }
-    return kvOSEnterCriticalSection(&openGLSection);
+    return kvOSEnterCriticalSection(&concurrency::openGLSection);
 }
 
 void kvOSUnlockOpenGL() {
-    if (made() == 1) kvOSLeaveCriticalSection(&openGLSection);
+    if (concurrency::made() == 1) kvOSLeaveCriticalSection(&concurrency::openGLSection);
 }

@@ -12,8 +12,10 @@
 #include <unistd.h>
 
 #include "border/guard.h"
+#include "border/text.h"
 #include "file/existence.h"
 #include "file/network.h"
+#include "file/open_reading.h"
 #include "file/redirect.h"
 #include "kvos/file.h"
 
@@ -58,7 +60,7 @@ std::int64_t fileTime(const char* path, TimeOf&& timeOf) noexcept {
 bool endsAsDirectory(std::string_view text) { return text.ends_with('/') || text.ends_with('\\'); }
 
 std::uint32_t objectAttributes(const char* path, std::string_view target) {
-    const std::int64_t object = kvOSCreateFile(path, KVFILE_READ, 3, nullptr, KVFILE_OPEN_EXISTING, 0, 0);
+    const std::int64_t object = openForReading(path);
     if (object == KVFILE_INVALID) return endsAsDirectory(target) ? KVATTR_DIRECTORY : KVATTR_INVALID;
     std::uint64_t size = 0;
     kvOSGetFileSizeEx(object, &size);
@@ -118,70 +120,66 @@ unsigned shiftOfOwnClass(const struct stat& status) {
 }  // namespace
 }  // namespace kv::file
 
-using namespace kv;
-using namespace kv::file;
+namespace border = kv::border;
+namespace file = kv::file;
 
-extern "C" {
-
-int64_t kvOSFileTimeCreated(const char* pPath) {
-    return fileTime(pPath, [](const struct stat& status) { return status.st_ctime; });
+std::int64_t kvOSFileTimeCreated(const char* pPath) {
+    return file::fileTime(pPath, [](const struct stat& status) { return status.st_ctime; });
 }
 
-int64_t kvOSFileTimeModified(const char* pPath) {
-    return fileTime(pPath, [](const struct stat& status) { return status.st_mtime; });
+std::int64_t kvOSFileTimeModified(const char* pPath) {
+    return file::fileTime(pPath, [](const struct stat& status) { return status.st_mtime; });
 }
 
-int64_t kvOSFileTimeAccessed(const char* pPath) {
-    return fileTime(pPath, [](const struct stat& status) { return status.st_atime; });
+std::int64_t kvOSFileTimeAccessed(const char* pPath) {
+    return file::fileTime(pPath, [](const struct stat& status) { return status.st_atime; });
 }
 
-uint32_t kvOSGetFileAttributes(const char* pPath) {
+std::uint32_t kvOSGetFileAttributes(const char* pPath) {
     if (pPath == nullptr) {
         errno = -1;
         return KVATTR_INVALID;
     }
-    return border::atBorder(KVATTR_INVALID, [&] { return attributesOf(pPath); });
+    return border::atBorder(KVATTR_INVALID, [&] { return file::attributesOf(pPath); });
 }
 
-uint32_t kvOSFileIsHidden(const char* pPath) {
-    return byKindOfPath(
-        pPath, 0u, [&] { return hasAttribute(pPath, KVATTR_HIDDEN); }, [](const char*) { return 0u; });
+std::uint32_t kvOSFileIsHidden(const char* pPath) {
+    return file::byKindOfPath(
+        pPath, 0u, [&] { return file::hasAttribute(pPath, KVATTR_HIDDEN); }, [](const char*) { return 0u; });
 }
 
-uint32_t kvOSFileIsSystem(const char* pPath) {
-    return byKindOfPath(
-        pPath, 0u, [&] { return hasAttribute(pPath, KVATTR_SYSTEM); }, [](const char*) { return 0u; });
+std::uint32_t kvOSFileIsSystem(const char* pPath) {
+    return file::byKindOfPath(
+        pPath, 0u, [&] { return file::hasAttribute(pPath, KVATTR_SYSTEM); }, [](const char*) { return 0u; });
 }
 
-uint32_t kvOSFileIsDir(const char* pPath) {
-    return byKindOfPath(
-        pPath, 0u, [&] { return hasAttribute(pPath, KVATTR_DIRECTORY); },
+std::uint32_t kvOSFileIsDir(const char* pPath) {
+    return file::byKindOfPath(
+        pPath, 0u, [&] { return file::hasAttribute(pPath, KVATTR_DIRECTORY); },
         [](const char* target) {
-            const auto status = statusOf(target);
-            return status && (status->st_mode & kDirectoryBit) != 0 ? 1u : 0u;
+            const auto status = file::statusOf(target);
+            return status && (status->st_mode & file::kDirectoryBit) != 0 ? 1u : 0u;
         });
 }
 
-uint32_t kvOSFileIsReadOnly(const char* pPath) {
-    return byKindOfPath(
-        pPath, 0u, [] { return 0u; }, [](const char* target) { return nobodyMayWrite(target) ? 1u : 0u; });
+std::uint32_t kvOSFileIsReadOnly(const char* pPath) {
+    return file::byKindOfPath(
+        pPath, 0u, [] { return 0u; }, [](const char* target) { return file::nobodyMayWrite(target) ? 1u : 0u; });
 }
 
-uint32_t kvOSSetFileReadOnly(const char* pPath, uint32_t fReadOnly) {
-    return byKindOfPath(
+std::uint32_t kvOSSetFileReadOnly(const char* pPath, std::uint32_t fReadOnly) {
+    return file::byKindOfPath(
         pPath, 0xFFFFFFFFu, [] { return 0xFFFFFFFFu; },
-        [&](const char* target) { return setReadOnly(target, fReadOnly != 0); });
+        [&](const char* target) { return file::setReadOnly(target, fReadOnly != 0); });
 }
 
-uint32_t UTIL_IsReadOnlyBitsSet(const struct stat* pStat) {
+std::uint32_t UTIL_IsReadOnlyBitsSet(const struct stat* pStat) {
     if (pStat == nullptr) return 0;
-    const unsigned shift = shiftOfOwnClass(*pStat);
+    const unsigned shift = file::shiftOfOwnClass(*pStat);
     return (pStat->st_mode & (06u << shift)) == (04u << shift) ? 1 : 0;
 }
 
-uint32_t UTIL_IsExecuteBitsSet(const struct stat* pStat) {
+std::uint32_t UTIL_IsExecuteBitsSet(const struct stat* pStat) {
     if (pStat == nullptr || S_ISDIR(pStat->st_mode)) return 0;
-    return (pStat->st_mode & (01u << shiftOfOwnClass(*pStat))) != 0 ? 1 : 0;
+    return (pStat->st_mode & (01u << file::shiftOfOwnClass(*pStat))) != 0 ? 1 : 0;
 }
-
-}  // extern "C"

@@ -3,6 +3,7 @@
 // Results are call by call and not uniform: a deleted local file gives 1, a deleted S3 object 0, a renamed file 0. No
 // call here removes a directory: directories, too, are handed to the deletion of files, which the system refuses.
 #include <cerrno>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -11,9 +12,11 @@
 #include <unistd.h>
 
 #include "border/guard.h"
+#include "border/text.h"
 #include "errlog.h"
 #include "file/network.h"
 #include "file/redirect.h"
+#include "file/search.h"
 #include "kvos/attributes.h"
 #include "kvos/find.h"
 
@@ -46,26 +49,8 @@ std::uint32_t deleteByName(const char* path) {
     return deleteLocal(target);
 }
 
-/// An enumeration that ends with its scope, the last error kept.
-class Search {
-public:
-    explicit Search(const char* pattern) : handle_(kvOSFindFirstFile(pattern, &entry_)) {}
-    ~Search() {
-        const border::KeepErrno keep;
-        kvOSFindClose(handle_);
-    }
-    Search(const Search&) = delete;
-    Search& operator=(const Search&) = delete;
-
-    bool isOpen() const { return handle_ != KVFIND_INVALID; }
-    const kvOSFindData* next() { return kvOSFindNextFile(handle_, &entry_) != 0 ? &entry_ : nullptr; }
-
-private:
-    kvOSFindData entry_;
-    std::int64_t handle_;
-};
-
 bool deleteEntry(const char* path, std::uint32_t attributes) {
+    // Meant: the attributes of what is neither file nor directory have this bit set, like all others.
     if ((attributes & KVATTR_DIRECTORY) != 0) {
         if (kvOSRemoveDirectoryRecursive(path) == 0) return false;
         kvOSDeleteFile(path);
@@ -76,45 +61,37 @@ bool deleteEntry(const char* path, std::uint32_t attributes) {
 }
 
 /// One level of a recursive removal. On the heap, because a level holds several paths and levels nest.
-struct RemovalPaths {
+struct Removal {
     border::PathBuffer pattern;
-    border::PathBuffer entry;
+    border::PathBuffer path;  // of the entry that is being deleted
+    kvOSFindData entry;
 };
 
-bool makeRemovalPaths(const char* path, RemovalPaths& paths) {
-    if (!redirected(path, paths.pattern)) return false;
-    if (border::appendText(paths.pattern, sizeof paths.pattern, "\\*") &&
-        border::copyText(paths.entry, sizeof paths.entry, path) &&
-        border::appendText(paths.entry, sizeof paths.entry, "\\")) {
-        return true;
-    }
-    errno = ENAMETOOLONG;
-    return false;
+bool beginRemoval(const char* path, Removal& removal) {
+    return redirected(path, removal.pattern) && border::appendPath(removal.pattern, "\\*") &&
+           border::copyPath(removal.path, path) && border::appendPath(removal.path, "\\");
 }
 
 /// Deletes what the search still finds; false when something could not be deleted or the listing broke off.
-bool deleteFound(Search& search, border::PathBuffer& path) {
-    const std::size_t prefix = std::strlen(path);
-    while (const kvOSFindData* entry = search.next()) {
-        const std::string_view name = entry->szName;
+bool deleteFound(Search& search, Removal& removal) {
+    const std::size_t prefix = std::strlen(removal.path);
+    while (search.next()) {
+        const std::string_view name = removal.entry.szName;
         if (name == "." || name == "..") continue;
-        path[prefix] = '\0';
-        if (!border::appendText(path, sizeof path, name)) {
-            errno = ENAMETOOLONG;
-            return false;
-        }
-        if (!deleteEntry(path, entry->dwAttributes)) return false;
+        removal.path[prefix] = '\0';
+        if (!border::appendPath(removal.path, name)) return false;
+        if (!deleteEntry(removal.path, removal.entry.dwAttributes)) return false;
     }
-    return errno == -1;  // the mark of a listing that came to its end
+    return errno == kEndOfSearch;
 }
 
 std::uint32_t removeRecursively(const char* path) {
-    const auto paths = std::make_unique<RemovalPaths>();
-    if (!makeRemovalPaths(path, *paths)) return 0;
+    const auto removal = std::make_unique<Removal>();
+    if (!beginRemoval(path, *removal)) return 0;
     {
-        Search search(paths->pattern);
+        Search search(removal->pattern, removal->entry);
         // The entry that opening the search delivered is passed over.
-        if (!search.isOpen() || !deleteFound(search, paths->entry)) return 0;
+        if (!search.isOpen() || !deleteFound(search, *removal)) return 0;
     }
     return kvOSDeleteFile(path);
 }
@@ -130,28 +107,24 @@ std::int32_t renameByName(const char* oldPath, const char* newPath) {
 }  // namespace
 }  // namespace kv::file
 
-using namespace kv;
-using namespace kv::file;
+namespace border = kv::border;
+namespace file = kv::file;
 
-extern "C" {
-
-uint32_t kvOSDeleteFile(const char* pPath) {
-    return border::atBorder(0u, [&] { return deleteByName(pPath); });
+std::uint32_t kvOSDeleteFile(const char* pPath) {
+    return border::atBorder(0u, [&] { return file::deleteByName(pPath); });
 }
 
-uint32_t kvOSRemoveDirectory(const char* pPath) {
+std::uint32_t kvOSRemoveDirectory(const char* pPath) {
     return border::atBorder(0u, [&] {
         border::PathBuffer target;
-        return redirected(pPath, target) ? kvOSDeleteFile(target) : reportFailedDeletion(-1);
+        return file::redirected(pPath, target) ? kvOSDeleteFile(target) : file::reportFailedDeletion(-1);
     });
 }
 
-uint32_t kvOSRemoveDirectoryRecursive(const char* pPath) {
-    return border::atBorder(0u, [&] { return removeRecursively(pPath); });
+std::uint32_t kvOSRemoveDirectoryRecursive(const char* pPath) {
+    return border::atBorder(0u, [&] { return file::removeRecursively(pPath); });
 }
 
-int32_t kvOSRenameFile(const char* pOldPath, const char* pNewPath) {
-    return border::atBorder(-1, [&] { return renameByName(pOldPath, pNewPath); });
+std::int32_t kvOSRenameFile(const char* pOldPath, const char* pNewPath) {
+    return border::atBorder(-1, [&] { return file::renameByName(pOldPath, pNewPath); });
 }
-
-}  // extern "C"

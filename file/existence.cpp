@@ -5,28 +5,27 @@
 #include "file/existence.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <sys/stat.h>
+#include <vector>
 
 #include "border/guard.h"
 #include "file/network.h"
+#include "file/open_reading.h"
 #include "file/redirect.h"
 #include "kvos/attributes.h"
 #include "kvos/file.h"
 
-extern "C" {
-
 constinit std::vector<const char*> gvecNames;
-
-}  // extern "C"
 
 namespace kv::file {
 namespace {
 
 bool opensForReading(const char* path) {
-    const std::int64_t file = kvOSCreateFile(path, KVFILE_READ, 3, nullptr, KVFILE_OPEN_EXISTING, 0, 0);
+    const std::int64_t file = openForReading(path);
     if (file == KVFILE_INVALID) return false;
     kvOSCloseFile(file);
     return true;
@@ -55,17 +54,13 @@ bool isOnNameList(const char* text) noexcept {
 
 }  // namespace kv::file
 
-using namespace kv;
+namespace file = kv::file;
 
-extern "C" {
-
-uint32_t kvOSFileExists(const char* pPath) {
+std::uint32_t kvOSFileExists(const char* pPath) {
     if (pPath != nullptr && file::isOnNameList(pPath)) return 1;
     return kvOSFileExistsInternal(pPath);
 }
 
-uint32_t kvOSFileExistsInternal(const char* pPath) {
-    return border::atBorder(0u, [&] { return file::exists(pPath) ? 1u : 0u; });
+std::uint32_t kvOSFileExistsInternal(const char* pPath) {
+    return kv::border::atBorder(0u, [&] { return file::exists(pPath) ? 1u : 0u; });
 }
-
-}  // extern "C"

@@ -11,6 +11,7 @@
 
 #include "border/guard.h"
 #include "file/find_local.h"
+#include "file/search.h"
 #include "kvos/file.h"
 #include "kvos/locator.h"
 
@@ -21,21 +22,20 @@ static_assert(sizeof(kvOSFindData::szName) == 4097);
 namespace kv::file {
 namespace {
 
-constexpr int kEndOfSearch = -1;
-
 /// The record behind a find handle.
-struct FindHandle {
-    std::uint32_t kind;  // KVFILE_LOCAL or KVFILE_S3, as files have it
-    std::unique_ptr<LocalSearch> local;
+struct stFindFileStruct {
+    std::uint32_t dwType;  // KVFILE_LOCAL or KVFILE_S3, as files have it
+    LocalSearchOwner pLocal;
 };
 
-FindHandle* recordOf(std::int64_t handle) noexcept {
+stFindFileStruct* recordOf(std::int64_t handle) noexcept {
     if (handle == KVFIND_INVALID) return nullptr;
-    return reinterpret_cast<FindHandle*>(static_cast<std::intptr_t>(handle));
+    return reinterpret_cast<stFindFileStruct*>(static_cast<std::intptr_t>(handle));
 }
 
-bool isLocal(const FindHandle* record) noexcept {
-    return record != nullptr && record->kind == KVFILE_LOCAL && record->local != nullptr && record->local->isValid();
+bool isLocal(const stFindFileStruct* record) noexcept {
+    return record != nullptr && record->dwType == KVFILE_LOCAL && record->pLocal != nullptr &&
+           record->pLocal->isValid();
 }
 
 std::int64_t findFirstLocal(const char* pattern, kvOSFindData* entry) {
@@ -43,9 +43,9 @@ std::int64_t findFirstLocal(const char* pattern, kvOSFindData* entry) {
         errno = kEndOfSearch;
         return KVFIND_INVALID;
     }
-    auto search = LocalSearch::begin(pattern);
+    LocalSearchOwner search = LocalSearch::begin(pattern);
     if (search == nullptr || !search->next(*entry)) return KVFIND_INVALID;
-    auto record = std::make_unique<FindHandle>(FindHandle{KVFILE_LOCAL, std::move(search)});
+    auto record = std::make_unique<stFindFileStruct>(stFindFileStruct{KVFILE_LOCAL, std::move(search)});
     return static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(record.release()));
 }
 
@@ -58,38 +58,34 @@ std::int64_t findFirstObject(const char* /*address*/, kvOSFindData* /*entry*/) {
 }  // namespace
 }  // namespace kv::file
 
-using namespace kv;
-using namespace kv::file;
+namespace file = kv::file;
 
-extern "C" {
-
-int64_t kvOSFindFirstFile(const char* pPattern, kvOSFindData* pData) {
-    return border::atBorder(KVFIND_INVALID, [&] {
-        return kvOSUseAws(pPattern) != 0 ? findFirstObject(pPattern, pData) : findFirstLocal(pPattern, pData);
+std::int64_t kvOSFindFirstFile(const char* pPattern, kvOSFindData* pData) {
+    return kv::border::atBorder(KVFIND_INVALID, [&] {
+        return kvOSUseAws(pPattern) != 0 ? file::findFirstObject(pPattern, pData)
+                                         : file::findFirstLocal(pPattern, pData);
     });
 }
 
-uint32_t kvOSFindNextFile(int64_t hFind, kvOSFindData* pData) {
-    FindHandle* record = recordOf(hFind);
-    if (!isLocal(record) || pData == nullptr) {
-        errno = kEndOfSearch;
+std::uint32_t kvOSFindNextFile(std::int64_t hFind, kvOSFindData* pData) {
+    file::stFindFileStruct* record = file::recordOf(hFind);
+    if (!file::isLocal(record) || pData == nullptr) {
+        errno = file::kEndOfSearch;
         return 0;
     }
-    return record->local->next(*pData) ? 1 : 0;
+    return record->pLocal->next(*pData) ? 1 : 0;
 }
 
-uint32_t kvOSFindClose(int64_t hFind) {
+std::uint32_t kvOSFindClose(std::int64_t hFind) {
     if (hFind == KVFIND_INVALID) return 0;
-    const std::unique_ptr<FindHandle> record(recordOf(hFind));
-    if (isLocal(record.get())) return 1;
-    errno = kEndOfSearch;
+    const std::unique_ptr<file::stFindFileStruct> record(file::recordOf(hFind));
+    if (file::isLocal(record.get())) return 1;
+    errno = file::kEndOfSearch;
     return 0;
 }
 
-uint32_t FindClose(int64_t hFind) { return kvOSFindClose(hFind); }
+std::uint32_t FindClose(std::int64_t hFind) { return kvOSFindClose(hFind); }
 
-const char* kvOSFindGetSeparator(int64_t hFind) { return hFind == KVFIND_INVALID ? nullptr : "/"; }
+const char* kvOSFindGetSeparator(std::int64_t hFind) { return hFind == KVFIND_INVALID ? nullptr : "/"; }
 
-char kvOSFindGetSeparatorChar(int64_t hFind) { return hFind == KVFIND_INVALID ? '\0' : '/'; }
-
-}  // extern "C"
+char kvOSFindGetSeparatorChar(std::int64_t hFind) { return hFind == KVFIND_INVALID ? '\0' : '/'; }

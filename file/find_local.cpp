@@ -8,13 +8,17 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <string_view>
 #include <strings.h>
 #include <sys/stat.h>
 
 #include "border/guard.h"
 #include "border/text.h"
+#include "file/null_argument.h"
+#include "file/search.h"
 #include "kvos/attributes.h"
+#include "kvos/memory.h"
 #include "kvos/naming.h"
 #include "platform/file_times.h"
 #include "platform/glob_files.h"
@@ -23,7 +27,6 @@ namespace kv::file {
 namespace {
 
 constexpr int kNoFlags = 0;
-constexpr int kEndOfSearch = -1;
 
 // ---- what a pattern asks for -------------------------------------------------------------------------------------
 
@@ -132,10 +135,25 @@ kvOSFileTime fileTimeOf(const timespec& time) {
     return {static_cast<std::uint32_t>(units), static_cast<std::uint32_t>(units >> 32)};
 }
 
-void storeName(kvOSFindData& entry, const char* path) {
+bool isDirectory(const kvOSFindData& entry) {
+    return entry.dwAttributes != KVATTR_INVALID && (entry.dwAttributes & KVATTR_DIRECTORY) != 0;
+}
+
+/// The last component of what a path holds beyond the length of another one.
+std::string_view nameBeyond(std::string_view other, std::string_view path) {
+    const std::string_view beyond = path.substr(std::min(other.size(), path.size()));
+    return beyond.substr(beyond.rfind('/') + 1);
+}
+
+/// Stores the name of an entry. A name may come out empty: behind "http:/" a "?" begins a query, which is no name. A
+/// directory is then named by what its path holds beyond the length of the first path found.
+void storeName(kvOSFindData& entry, const char* path, const char* firstPath) {
     border::PathBuffer extension;
     kvOSSplitPath(path, nullptr, nullptr, entry.szName, extension);
     border::appendText(entry.szName, sizeof entry.szName, extension);
+    if (entry.szName[0] == '\0' && isDirectory(entry)) {
+        border::copyText(entry.szName, sizeof entry.szName, nameBeyond(firstPath, path));
+    }
 }
 
 /// False for a path that has no status any more, not even that of a dangling link.
@@ -153,10 +171,19 @@ bool storeStatus(kvOSFindData& entry, const char* path) {
 
 }  // namespace
 
-std::unique_ptr<LocalSearch> LocalSearch::begin(const char* text) {
+void EndLocalSearch::operator()(LocalSearch* search) const noexcept {
+    const border::KeepErrno keep;
+    search->~LocalSearch();
+    KVFree(search);
+}
+
+LocalSearchOwner LocalSearch::begin(const char* text) {
     Pattern pattern;
     if (!parsePattern(text, pattern)) return nullptr;
-    auto search = std::make_unique<LocalSearch>();
+    void* const block = KVAlloc(sizeof(LocalSearch));
+    if (block == nullptr) return nullptr;
+    LocalSearchOwner search(new (block) LocalSearch);
+    errno = 0;  // what an earlier call left must not pass for the reason of this one
     if (!globPattern(pattern, search->found_)) {
         if (errno != ENAMETOOLONG) errno = kEndOfSearch;
         return nullptr;
@@ -169,7 +196,6 @@ std::unique_ptr<LocalSearch> LocalSearch::begin(const char* text) {
 }
 
 LocalSearch::~LocalSearch() {
-    const border::KeepErrno keep;
     self_ = nullptr;
     globfree(&found_);
 }
@@ -177,35 +203,32 @@ LocalSearch::~LocalSearch() {
 bool LocalSearch::next(kvOSFindData& entry) noexcept {
     while (cursor_ < found_.gl_pathc) {
         const char* const path = found_.gl_pathv[cursor_++];
+        if (std::strlen(path) >= border::kPathSize) {
+            leftOut_ = true;
+            continue;
+        }
         entry.dwAttributes = kvOSGetFileAttributes(path);
-        storeName(entry, path);
+        storeName(entry, path, found_.gl_pathv[0]);
         if (storeStatus(entry, path)) return true;
     }
-    errno = kEndOfSearch;
+    errno = leftOut_ ? ENAMETOOLONG : kEndOfSearch;
     return false;
 }
 
 }  // namespace kv::file
 
-using namespace kv;
-using namespace kv::file;
+namespace border = kv::border;
+namespace file = kv::file;
 
-extern "C" {
-
-int32_t FILEGlobFromSplitPath(const char* pDirectory, const char* pName, const char* pExtension, int32_t nFlags,
-                              glob_t* pGlob) {
-    if (pGlob == nullptr) {
-        errno = EINVAL;
-        return GLOB_ABORTED;
-    }
+std::int32_t FILEGlobFromSplitPath(const char* pDirectory, const char* pName, const char* pExtension,
+                                   std::int32_t nFlags, glob_t* pGlob) {
+    if (pGlob == nullptr) return file::refuseNull(GLOB_ABORTED);
     return border::atBorder(GLOB_NOSPACE, [&] {
-        return globParts(border::orEmpty(pDirectory), border::orEmpty(pName), border::orEmpty(pExtension), nFlags,
-                         *pGlob);
+        return file::globParts(border::orEmpty(pDirectory), border::orEmpty(pName), border::orEmpty(pExtension), nFlags,
+                               *pGlob);
     });
 }
 
-int32_t FILEGlobQsortCompare(const void* pA, const void* pB) {
-    return comparePaths(*static_cast<char* const*>(pA), *static_cast<char* const*>(pB));
+std::int32_t FILEGlobQsortCompare(const void* pA, const void* pB) {
+    return file::comparePaths(*static_cast<char* const*>(pA), *static_cast<char* const*>(pB));
 }
-
-}  // extern "C"

@@ -14,6 +14,7 @@
 #include "border/guard.h"
 #include "border/text.h"
 #include "file/network.h"
+#include "file/null_argument.h"
 #include "file/redirect.h"
 #include "kvos/attributes.h"
 #include "kvos/naming.h"
@@ -30,10 +31,10 @@ constexpr std::string_view kUserConfigDir = "Library/Application Support/Korvane
 constexpr std::string_view kHttpdDir = "/var/www/html/";
 constexpr std::string_view kHomeOfUnknownUser = "/var/tmp/";
 
+/// Appends, or leaves the buffer empty, with errno ENAMETOOLONG, when that does not fit.
 bool append(char* buffer, std::string_view text) {
-    if (border::appendText(buffer, border::kPathSize, text)) return true;
+    if (border::appendPath(buffer, text)) return true;
     buffer[0] = '\0';
-    errno = ENAMETOOLONG;
     return false;
 }
 
@@ -64,23 +65,27 @@ bool copyHome(char* buffer) {
     return home.empty() ? copyHomeOfUser(buffer) : append(buffer, home);
 }
 
-/// The home directory with a "/" appended, reduced to its directory, and a folder in it.
-std::uint32_t folderOfHome(char* buffer, std::string_view folder) noexcept {
-    if (buffer == nullptr) {
-        errno = EINVAL;
-        return kFailed;
-    }
+/// The home directory with a "/" appended, reduced to its directory, and a folder in it. An empty home gives an empty
+/// text; false, with errno set, only for what does not fit or can't be told.
+bool storeFolderOfHome(char* buffer, std::string_view folder) noexcept {
     const bool done = border::atBorder(false, [&] {
-        return copyHome(buffer) && buffer[0] != '\0' && append(buffer, "/") && reduceToDirectory(buffer, folder);
+        if (!copyHome(buffer)) return false;
+        return buffer[0] == '\0' || (append(buffer, "/") && reduceToDirectory(buffer, folder));
     });
-    if (done) return 0;
-    buffer[0] = '\0';
-    return kFailed;
+    if (!done) buffer[0] = '\0';
+    return done;
+}
+
+/// What the calls for the home directory and its folders answer: for them an empty home is a failure.
+std::uint32_t folderOfHome(char* buffer, std::string_view folder) noexcept {
+    if (buffer == nullptr) return refuseNull(kFailed);
+    return storeFolderOfHome(buffer, folder) && buffer[0] != '\0' ? 0 : kFailed;
 }
 
 bool storeConfigDir(char* buffer, bool perUser) {
-    if (!perUser) return border::copyText(buffer, border::kPathSize, kSystemConfigDir);
-    return kvOSGetHomeDir(buffer) == 0 && append(buffer, kUserConfigDir);
+    if (!perUser) return border::copyPath(buffer, kSystemConfigDir);
+    // Meant: below an empty home the folder is relative to the working directory.
+    return storeFolderOfHome(buffer, {}) && append(buffer, kUserConfigDir);
 }
 
 bool existsOrIsMade(const char* directory) {
@@ -119,66 +124,52 @@ std::int32_t changeDirectory(const char* path) {
 }  // namespace
 }  // namespace kv::file
 
-using namespace kv;
-using namespace kv::file;
+namespace border = kv::border;
+namespace file = kv::file;
 
-extern "C" {
-
-int32_t kvOSMakeDir(const char* pPath, uint32_t dwMode) {
-    return border::atBorder(-1, [&] { return makeDirectory(pPath, dwMode); });
+std::int32_t kvOSMakeDir(const char* pPath, std::uint32_t dwMode) {
+    return border::atBorder(-1, [&] { return file::makeDirectory(pPath, dwMode); });
 }
 
-int32_t kvOSChangeDir(const char* pPath) {
-    return border::atBorder(-1, [&] { return changeDirectory(pPath); });
+std::int32_t kvOSChangeDir(const char* pPath) {
+    return border::atBorder(-1, [&] { return file::changeDirectory(pPath); });
 }
 
-uint32_t kvOSGetCWD(char* pBuffer) {
-    if (pBuffer == nullptr) {
-        errno = EINVAL;
-        return kFailed;
-    }
+std::uint32_t kvOSGetCWD(char* pBuffer) {
+    if (pBuffer == nullptr) return file::refuseNull(file::kFailed);
     if (getcwd(pBuffer, border::kPathSize) != nullptr) return 0;
     if (errno == ERANGE) errno = ENAMETOOLONG;
     pBuffer[0] = '\0';
-    return kFailed;
+    return file::kFailed;
 }
 
-uint32_t kvOSGetAppDir(char* pBuffer) {
-    if (pBuffer == nullptr) {
-        errno = EINVAL;
-        return kFailed;
-    }
-    if (!platform::executablePath(pBuffer, border::kPathSize)) kvOSGetCWD(pBuffer);
-    reduceToDirectory(pBuffer);
+std::uint32_t kvOSGetAppDir(char* pBuffer) {
+    if (pBuffer == nullptr) return file::refuseNull(file::kFailed);
+    if (!kv::platform::executablePath(pBuffer, border::kPathSize)) kvOSGetCWD(pBuffer);
+    file::reduceToDirectory(pBuffer);
     return 0;
 }
 
-int32_t kvOSGetConfigDir(char* pBuffer, uint32_t dwFlag) {
-    if (pBuffer == nullptr) {
-        errno = EINVAL;
-        return -1;
+std::int32_t kvOSGetConfigDir(char* pBuffer, std::uint32_t dwFlag) {
+    if (pBuffer == nullptr) return file::refuseNull(-1);
+    if ((dwFlag & file::kPerUser) == 0 && file::storeConfigDir(pBuffer, false) && file::existsOrIsMade(pBuffer)) {
+        return 0;
     }
-    if ((dwFlag & kPerUser) == 0 && storeConfigDir(pBuffer, false) && existsOrIsMade(pBuffer)) return 0;
-    return storeConfigDir(pBuffer, true) && existsOrIsMade(pBuffer) ? 0 : -1;
+    return file::storeConfigDir(pBuffer, true) && file::existsOrIsMade(pBuffer) ? 0 : -1;
 }
 
-uint32_t kvOSGetHomeDir(char* pBuffer) { return folderOfHome(pBuffer, {}); }
+std::uint32_t kvOSGetHomeDir(char* pBuffer) { return file::folderOfHome(pBuffer, {}); }
 
-uint32_t kvOSGetPicturesDir(char* pBuffer) { return folderOfHome(pBuffer, "/Pictures/"); }
+std::uint32_t kvOSGetPicturesDir(char* pBuffer) { return file::folderOfHome(pBuffer, "/Pictures/"); }
 
-uint32_t kvOSGetDocumentsDir(char* pBuffer) { return folderOfHome(pBuffer, "/Documents/"); }
+std::uint32_t kvOSGetDocumentsDir(char* pBuffer) { return file::folderOfHome(pBuffer, "/Documents/"); }
 
-uint32_t kvOSGetMoviesDir(char* pBuffer) { return folderOfHome(pBuffer, "/Videos/"); }
+std::uint32_t kvOSGetMoviesDir(char* pBuffer) { return file::folderOfHome(pBuffer, "/Videos/"); }
 
-uint32_t kvOSGetMusicDir(char* pBuffer) { return folderOfHome(pBuffer, "/Music/"); }
+std::uint32_t kvOSGetMusicDir(char* pBuffer) { return file::folderOfHome(pBuffer, "/Music/"); }
 
-uint32_t kvOSGetHTTPDDir(char* pBuffer) {
-    if (pBuffer == nullptr) {
-        errno = EINVAL;
-        return kFailed;
-    }
-    border::copyText(pBuffer, border::kPathSize, kHttpdDir);
+std::uint32_t kvOSGetHTTPDDir(char* pBuffer) {
+    if (pBuffer == nullptr) return file::refuseNull(file::kFailed);
+    border::copyPath(pBuffer, file::kHttpdDir);
     return 0;
 }
-
-}  // extern "C"

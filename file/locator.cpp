@@ -6,12 +6,16 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <cwchar>
 #include <string_view>
 #include <unistd.h>
 
 #include "border/text.h"
+#include "file/null_argument.h"
+#include "file/open_reading.h"
 #include "kvos/file.h"
 
 namespace kv::file {
@@ -106,13 +110,8 @@ bool belowWorkingDirectory(border::PathBuffer& target, std::string_view path) {
         if (errno == ERANGE) errno = ENAMETOOLONG;
         return false;
     }
-    const std::string_view directory = target;
-    if ((!directory.ends_with('/') && !border::appendText(target, sizeof target, "/")) ||
-        !border::appendText(target, sizeof target, path)) {
-        errno = ENAMETOOLONG;
-        return false;
-    }
-    return true;
+    const bool slashed = std::string_view(target).ends_with('/') || border::appendPath(target, "/");
+    return slashed && border::appendPath(target, path);
 }
 
 bool makeAbsolute(char* out, std::string_view text) {
@@ -125,65 +124,54 @@ bool makeAbsolute(char* out, std::string_view text) {
             text = below;
         }
     }
-    if (border::copyText(out, border::kPathSize, text)) return true;
-    errno = ENAMETOOLONG;
-    return false;
+    return border::copyPath(out, text);
 }
 
 }  // namespace
 }  // namespace kv::file
 
-using namespace kv;
-using namespace kv::file;
+namespace file = kv::file;
 
-extern "C" {
-
-uint32_t kvOSFixSeparators(char* pText) {
+std::uint32_t kvOSFixSeparators(char* pText) {
     if (pText == nullptr) return 0;
-    if (!isUrl(pText) && std::string_view(pText).starts_with("file://")) {
-        pathFromFileUrl(pText);
+    if (!file::isUrl(pText) && std::string_view(pText).starts_with("file://")) {
+        file::pathFromFileUrl(pText);
     } else {
-        slashesForBackslashes(pText);
+        file::slashesForBackslashes(pText);
     }
     return 0;
 }
 
-uint32_t kvOSFixSeparatorsW(wchar_t* pText) {
+std::uint32_t kvOSFixSeparatorsW(wchar_t* pText) {
     if (pText != nullptr) std::replace(pText, pText + std::wcslen(pText), L'\\', L'/');
     return 0;
 }
 
-uint32_t kvOSFixHTTPSeparators(char* pText) {
-    if (pText != nullptr) slashesForBackslashes(pText);
+std::uint32_t kvOSFixHTTPSeparators(char* pText) {
+    if (pText != nullptr) file::slashesForBackslashes(pText);
     return 0;
 }
 
 const char* kvOSGetSeparator(void) { return "/"; }
 
-uint32_t kvOSLegalizePath(char* pText) {
+std::uint32_t kvOSLegalizePath(char* pText) {
     if (pText == nullptr || pText[0] == '\0') return 0;
     if (pText[0] == '.' || pText[0] == ' ') pText[0] = '_';
     const std::string_view text = pText;
-    for (std::size_t i = 0; i < text.size(); ++i) pText[i] = legalCharacter(pText[i], text.substr(i + 1));
+    for (std::size_t i = 0; i < text.size(); ++i) pText[i] = file::legalCharacter(pText[i], text.substr(i + 1));
     return 0;
 }
 
-char* kvOSFullPath(char* pOut, const char* pText, uint64_t qwSize) {
-    if (pOut == nullptr || pText == nullptr || qwSize == 0) {
-        errno = EINVAL;
-        return nullptr;
-    }
-    if (makeAbsolute(pOut, pText)) return pOut;
+char* kvOSFullPath(char* pOut, const char* pText, std::uint64_t qwSize) {
+    if (pOut == nullptr || pText == nullptr || qwSize == 0) return file::refuseNull<char*>(nullptr);
+    if (file::makeAbsolute(pOut, pText)) return pOut;
     pOut[0] = '\0';
     return nullptr;
 }
 
-uint32_t kvOSFileNameIsInArchive(const char* pText) {
-    const int64_t file = kvOSCreateFile(pText, KVFILE_READ, 3, nullptr, KVFILE_OPEN_EXISTING, 0, 0);
-    kvOSCloseFile(file);
+std::uint32_t kvOSFileNameIsInArchive(const char* pText) {
+    kvOSCloseFile(file::openForReading(pText));
     return 0;
 }
 
-uint32_t kvOSFileIsInArchive(int64_t) { return 0; }
-
-}  // extern "C"
+std::uint32_t kvOSFileIsInArchive(std::int64_t) { return 0; }

@@ -4,6 +4,7 @@
 // "http:x" is a network file that no transfer opens.
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <string_view>
 
 #include "border/text.h"
@@ -31,18 +32,18 @@ bool beginsWithOneOf(const std::array<std::string_view, N>& schemes, const char*
 }  // namespace
 }  // namespace kv::file
 
-using namespace kv::file;
+namespace file = kv::file;
 
-extern "C" {
+std::uint32_t kvOSFUseCurl(const char* pText) { return file::beginsWithOneOf(file::kUrlSchemes, pText) ? 1 : 0; }
 
-uint32_t kvOSFUseCurl(const char* pText) { return beginsWithOneOf(kUrlSchemes, pText) ? 1 : 0; }
-
-uint32_t kvOSIsNetworkFile(const char* pText) { return beginsWithOneOf(kNetworkFileSchemes, pText) ? 1 : 0; }
-
-uint32_t kvOSIsNetworkStream(const char* pText) { return beginsWithOneOf(kStreamSchemes, pText) ? 1 : 0; }
-
-uint32_t kvOSIsNetworkSource(const char* pText) {
-    return kvOSIsNetworkFile(pText) != 0 || kvOSIsNetworkStream(pText) != 0 ? 1 : 0;
+std::uint32_t kvOSIsNetworkFile(const char* pText) {
+    return file::beginsWithOneOf(file::kNetworkFileSchemes, pText) ? 1 : 0;
 }
 
-}  // extern "C"
+std::uint32_t kvOSIsNetworkStream(const char* pText) {
+    return file::beginsWithOneOf(file::kStreamSchemes, pText) ? 1 : 0;
+}
+
+std::uint32_t kvOSIsNetworkSource(const char* pText) {
+    return kvOSIsNetworkFile(pText) != 0 || kvOSIsNetworkStream(pText) != 0 ? 1 : 0;
+}

@@ -25,7 +25,7 @@ Outcome readMemory(kvOSFileHandle& file, void* buffer, const Transfer& transfer)
     if (transfer.moved != nullptr) *transfer.moved = count;
     if (count == 0 && (isPast || transfer.count != 0)) return Outcome::failed;  // the end fails here. Meant.
 
-    if (count != 0) kvOSCopyMemory(buffer, bytesOf(file) + file.qwPos, count);
+    kvOSCopyMemory(buffer, bytesOf(file) + file.qwPos, count);
     file.qwLastPos = file.qwPos;
     file.qwPos += count;
     return Outcome::done;
@@ -55,7 +55,7 @@ Outcome writeMemory(kvOSFileHandle& file, const void* buffer, const Transfer& tr
     const std::uint64_t end = file.qwPos + transfer.count;
     if (end > file.qwBufSize && !grow(file, end)) return Outcome::failed;
 
-    if (transfer.count != 0) kvOSCopyMemory(bytesOf(file) + file.qwPos, buffer, transfer.count);
+    kvOSCopyMemory(bytesOf(file) + file.qwPos, buffer, transfer.count);
     file.qwLastPos = file.qwPos;
     file.qwPos = end;
     file.qwSize = std::max(file.qwSize, end);

@@ -9,6 +9,8 @@
 
 #include "border/guard.h"
 #include "border/text.h"
+#include "file/null_argument.h"
+#include "file/search.h"
 #include "kvos/attributes.h"
 #include "kvos/find.h"
 
@@ -16,23 +18,6 @@ namespace kv::file {
 namespace {
 
 constexpr std::uint32_t kFailed = 0xFFFFFFFF;
-
-/// Closes a find handle when its scope ends, the last error kept.
-class OpenSearch {
-public:
-    explicit OpenSearch(std::int64_t handle) : handle_(handle) {}
-    ~OpenSearch() {
-        const border::KeepErrno keep;
-        kvOSFindClose(handle_);
-    }
-    OpenSearch(const OpenSearch&) = delete;
-    OpenSearch& operator=(const OpenSearch&) = delete;
-
-    std::int64_t handle() const { return handle_; }
-
-private:
-    std::int64_t handle_;
-};
 
 /// What the callbacks of one directory gave so far.
 class Results {
@@ -62,7 +47,9 @@ public:
         : context_(context), callback_(callback), flags_(flags) {}
 
     std::uint32_t from(const char* directory) {
-        if (border::copyText(path_, sizeof path_, directory)) return directoryInPath();
+        if (!border::copyPath(path_, directory)) return kFailed;
+        const std::uint32_t result = directoryInPath();
+        if (!leftOut_) return result;
         errno = ENAMETOOLONG;
         return kFailed;
     }
@@ -74,23 +61,25 @@ private:
         if (!append("/")) return kFailed;
         const std::size_t own = std::strlen(path_);
         if (!append("*.*")) return kFailed;
-        const OpenSearch search(kvOSFindFirstFile(path_, &entry_));
-        if (search.handle() == KVFIND_INVALID) return 0;
-
+        Search search(path_, entry_);
         Results results;
-        do {
+        for (bool found = search.isOpen(); found; found = search.next()) {
             path_[own] = '\0';
-            const std::string_view name = entry_.szName;
-            if (name == "." || name == "..") continue;
-            const bool directory = isDirectory(entry_.dwAttributes);
-            if (!append(name) || (directory && !append("/"))) return kFailed;
-            if (directory) {
-                visitDirectory(results);
-            } else if (!visitFile(results)) {
-                break;
-            }
-        } while (kvOSFindNextFile(search.handle(), &entry_) != 0);
+            if (!visit(results)) return results.final();
+        }
+        leftOut_ = leftOut_ || errno == ENAMETOOLONG;
         return results.final();
+    }
+
+    /// False when the callback ends the walk of this directory.
+    bool visit(Results& results) {
+        const std::string_view name = entry_.szName;
+        if (name == "." || name == "..") return true;
+        const bool directory = isDirectory(entry_.dwAttributes);
+        if (!append(name) || (directory && !append("/"))) return true;
+        if (!directory) return visitFile(results);
+        visitDirectory(results);
+        return true;
     }
 
     void visitDirectory(Results& results) {
@@ -100,10 +89,9 @@ private:
             results.take(result, true);
             enter = enter && result == 0;
         }
-        if (enter) directoryInPath();
+        if (enter) directoryInPath();  // meant: what that returns is ignored
     }
 
-    /// False when the callback ends the walk of this directory.
     bool visitFile(Results& results) {
         if ((flags_ & KVRECURSE_SKIP_FILES) != 0) return true;
         const std::uint32_t result = callback_(context_, path_, entry_.dwAttributes);
@@ -111,15 +99,17 @@ private:
         return result == 0;
     }
 
+    /// What has no room in the path is left out, and the walk fails in the end, whichever level it was on.
     bool append(std::string_view text) {
-        if (border::appendText(path_, sizeof path_, text)) return true;
-        errno = ENAMETOOLONG;
+        if (border::appendPath(path_, text)) return true;
+        leftOut_ = true;
         return false;
     }
 
     void* context_;
     kvOSRecurseCallback callback_;
     std::uint32_t flags_;
+    bool leftOut_ = false;
     kvOSFindData entry_;
     border::PathBuffer path_;
 };
@@ -127,12 +117,11 @@ private:
 }  // namespace
 }  // namespace kv::file
 
-extern "C" uint32_t kvOSRecurseDirectory(void* pContext, const char* pDirectory, kvOSRecurseCallback pCallback,
-                                         uint32_t dwFlags) {
-    using namespace kv;
-    if (pCallback == nullptr || pDirectory == nullptr) {
-        errno = EINVAL;
-        return file::kFailed;
-    }
-    return border::atBorder(file::kFailed, [&] { return file::Walk(pContext, pCallback, dwFlags).from(pDirectory); });
+namespace file = kv::file;
+
+std::uint32_t kvOSRecurseDirectory(void* pContext, const char* pDirectory, kvOSRecurseCallback pCallback,
+                                   std::uint32_t dwFlags) {
+    if (pCallback == nullptr || pDirectory == nullptr) return file::refuseNull(file::kFailed);
+    return kv::border::atBorder(file::kFailed,
+                                [&] { return file::Walk(pContext, pCallback, dwFlags).from(pDirectory); });
 }

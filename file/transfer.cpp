@@ -23,6 +23,9 @@ Outcome readOnce(kvOSFileHandle& record, void* buffer, const Transfer& transfer)
     return kindOf(record).read(record, buffer, transfer);
 }
 
+/// Where nothing is read to or written from: the C library wants an address also for no bytes.
+char noBytes;
+
 /// A null buffer is the caller's mistake, told like a failed call.
 bool hasBuffer(const void* buffer, std::uint32_t count) {
     if (buffer != nullptr || count == 0) return true;
@@ -63,8 +66,9 @@ std::uint32_t kvOSReadFile(std::int64_t hFile, void* pBuffer, std::uint32_t dwCo
         file::reportFailedRead(record, dwCount, errno);
         return 0;
     }
+    void* target = pBuffer == nullptr ? &file::noBytes : pBuffer;
     Outcome outcome = Outcome::tryAgain;
-    while (outcome == Outcome::tryAgain) outcome = file::readOnce(record, pBuffer, {dwCount, pdwRead, pOverlapped});
+    while (outcome == Outcome::tryAgain) outcome = file::readOnce(record, target, {dwCount, pdwRead, pOverlapped});
     return outcome == Outcome::done ? 1 : 0;
 }
 
@@ -80,14 +84,15 @@ std::uint32_t kvOSWriteFile(std::int64_t hFile, const void* pBuffer, std::uint32
         file::reportFailedWrite(record, dwCount, errno);
         return 0;
     }
+    const void* source = pBuffer == nullptr ? &file::noBytes : pBuffer;
     const file::FileKind& kind = file::kindOf(record);
     if (kind.repeatsWrites) {
         for (const std::int64_t output : file::outputsOf(record)) {
             std::uint32_t written = 0;
-            kvOSWriteFile(output, pBuffer, dwCount, &written, nullptr);
+            kvOSWriteFile(output, source, dwCount, &written, nullptr);
         }
     }
-    return kind.write(record, pBuffer, {dwCount, pdwWritten, pOverlapped}) == Outcome::done ? 1 : 0;
+    return kind.write(record, source, {dwCount, pdwWritten, pOverlapped}) == Outcome::done ? 1 : 0;
 }
 
 std::uint32_t kvOSSaveBuffer(const char* path, const void* pBuffer, std::uint32_t dwCount) {

@@ -4,9 +4,10 @@
 // the caller's, and a node is taken off before its record is freed. A node knows its list, so that a node can be
 // checked, and stepped without the header. A node is on one list at a time.
 //
-// Every call takes null, and a list that is not initialised, as a refusal: 0 or null, nothing changed. Each call runs
-// under the list's lock and may be made from any thread; to hold a list across several calls, as every walk needs that
-// other threads could disturb, put d_ListLock and d_ListUnLock around them. The last error is not touched.
+// Every call takes null, and all but d_ListInit and d_ListInitNode take a list that is not initialised, as a refusal: 0
+// or null, nothing changed. Each call runs under the list's lock and may be made from any thread, unless it says
+// otherwise; to hold a list across several calls, as every walk needs that other threads could disturb, put d_ListLock
+// and d_ListUnLock around them. The last error is not touched.
 #ifndef DLIST_H
 #define DLIST_H
 
@@ -45,20 +46,26 @@ struct d_List {
 };
 
 /**
- * Makes an empty list.
+ * Makes an empty list, and its lock.
  *
  * @param pList  memory for the header, whatever it holds. Meant: a list in use is emptied without a look at its nodes,
- *               which keep naming it as their list.
- * @return 1; 0 for null.
+ *               which keep naming it as their list; what d_ListClose says of them holds here as well.
+ *
+ * Threads: takes no lock. No other thread may be inside a call on the list, and nobody may hold its lock.
+ *
+ * @return 1; 0 for null and nothing else.
  */
 KVUTIL_API uint32_t d_ListInit(d_List *pList);
 
 /**
  * Ends a list: it is no longer initialised, its lock is destroyed, head, tail and count are cleared.
  *
- * Meant: the nodes are left as they are, each still naming the list; d_ListInitNode makes one usable again.
+ * Meant: the nodes are left as they are, each still naming the list and its neighbours. Should the list be made anew,
+ * such a node passes for one of its own though it is not listed: d_ListInitNode it before anything else is done with
+ * it. Passed to d_ListRemove, or as the neighbour of an insert into a list that is not empty, it leads to its old
+ * neighbours, which nothing checks.
  *
- * Threads: no other thread may be inside a call on the list.
+ * Threads: takes no lock. No other thread may be inside a call on the list, and nobody may hold its lock.
  *
  * @return 1; 0 for null and for a list that is not initialised.
  */
@@ -67,10 +74,23 @@ KVUTIL_API uint32_t d_ListClose(d_List *pList);
 /** Takes the list's lock, which is recursive: calls of the same thread pass. Returns 1, or 0 when refused. */
 KVUTIL_API uint32_t d_ListLock(d_List *pList);
 
-/** Gives the lock back, once for each d_ListLock. Returns 1, or 0 when refused. */
+/**
+ * Gives the lock back, once for each d_ListLock.
+ *
+ * @return 1; 0 when refused. Meant: 1 also for a thread that does not hold the lock, which then stays as it is, while
+ *         its depth, lock.qwCount, falls by 1 all the same.
+ */
 KVUTIL_API uint32_t d_ListUnLock(d_List *pList);
 
-/** Clears the three fields of a node that is on no list. Meant: a listed node is not noticed. Returns 1, 0 for null. */
+/**
+ * Clears the three fields of a node that is on no list, whatever they hold.
+ *
+ * Meant: a listed node is not noticed, and its list keeps leading to it.
+ *
+ * Threads: takes no lock. No other thread may use the node meanwhile.
+ *
+ * @return 1; 0 for null.
+ */
 KVUTIL_API uint32_t d_ListInitNode(d_ListNode *pNode);
 
 /** Lists a node first. Returns 1; 0 when refused, as every node is that is already on a list. */
@@ -125,7 +145,11 @@ KVUTIL_API d_ListNode *d_ListNext(d_ListNode *pNode);
 /** The node before this one; null at the head, and for a node on no list or on a closed one. */
 KVUTIL_API d_ListNode *d_ListPrev(d_ListNode *pNode);
 
-/** The list that a node is on; null for a node on no list or on a closed one. */
+/**
+ * The list that a node is on; null for a node on no list or on a closed one.
+ *
+ * Threads: any, and takes no lock: the answer is true for as long as no other thread may list the node or take it off.
+ */
 KVUTIL_API d_List *d_ListParent(d_ListNode *pNode);
 
 /** How many nodes are listed, from the header; 0 when refused. */

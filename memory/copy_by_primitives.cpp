@@ -9,8 +9,7 @@
 #include "kvos/memory.h"
 #include "signal_primitives.h"
 
-namespace primitives = kv::memory::primitives;
-
+namespace kv::memory {
 namespace {
 
 /// Both bits set take the plain copy. The library itself never stores a word that has both.
@@ -22,7 +21,7 @@ std::uint64_t address(const void* pointer) { return reinterpret_cast<std::uintpt
 bool allMultiplesOf(std::uint64_t width, std::uint64_t gathered) { return (gathered & (width - 1)) == 0; }
 
 inline std::int32_t copy(void* destination, const void* source, std::uint64_t bytes) {
-    if ((kv::border::relaxedLoad(CPUFeatureFlagsIntern) & kPlainCopy) == kPlainCopy) {
+    if ((border::relaxedLoad(CPUFeatureFlagsIntern) & kPlainCopy) == kPlainCopy) {
         std::memcpy(destination, source, bytes);
         return 0;
     }
@@ -33,23 +32,26 @@ inline std::int32_t copy(void* destination, const void* source, std::uint64_t by
 }
 
 }  // namespace
+}  // namespace kv::memory
+
+namespace memory = kv::memory;
 
 int32_t kvOSCopyMemory(void* pDestination, const void* pSource, uint64_t qwBytes) {
-    return copy(pDestination, pSource, qwBytes);
+    return memory::copy(pDestination, pSource, qwBytes);
 }
 
 int32_t CopyMemoryFast(void* pDestination, const void* pSource, uint64_t qwBytes) {
-    return copy(pDestination, pSource, qwBytes);
+    return memory::copy(pDestination, pSource, qwBytes);
 }
 
 int32_t ZeroMemoryFast(void* pDestination, uint64_t qwBytes) {
-    const std::uint64_t gathered = qwBytes | address(pDestination);
-    if (allMultiplesOf(8, gathered)) return primitives::zero64s(pDestination, qwBytes);
-    if (allMultiplesOf(4, gathered)) return primitives::zero32s(pDestination, qwBytes);
+    const std::uint64_t gathered = qwBytes | memory::address(pDestination);
+    if (memory::allMultiplesOf(8, gathered)) return memory::primitives::zero64s(pDestination, qwBytes);
+    if (memory::allMultiplesOf(4, gathered)) return memory::primitives::zero32s(pDestination, qwBytes);
     std::memset(pDestination, 0, qwBytes);
     return 0;
 }
 
 int32_t SetMemoryFast(void* pDestination, uint32_t dwValue, uint64_t qwBytes) {
-    return primitives::set32s(dwValue, pDestination, qwBytes / 4 * 4);
+    return memory::primitives::set32s(dwValue, pDestination, qwBytes / 4 * 4);
 }

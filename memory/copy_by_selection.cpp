@@ -11,11 +11,11 @@
 #include "kvos/memory.h"
 #include "memory/word_fill.h"
 
-using kv::border::relaxedLoad;
-using kv::border::relaxedStore;
-using kv::memory::fillWords;
-
+namespace kv::memory {
 namespace {
+
+using border::relaxedLoad;
+using border::relaxedStore;
 
 /// Below this size the call itself is what costs.
 constexpr std::uint64_t kSelectFrom = 128;
@@ -75,23 +75,26 @@ inline std::int32_t copy(void* destination, const void* source, std::uint64_t by
 }
 
 }  // namespace
+}  // namespace kv::memory
+
+namespace memory = kv::memory;
 
 int32_t kvOSCopyMemory(void* pDestination, const void* pSource, uint64_t qwBytes) {
-    return copy(pDestination, pSource, qwBytes);
+    return memory::copy(pDestination, pSource, qwBytes);
 }
 
 int32_t CopyMemoryFast(void* pDestination, const void* pSource, uint64_t qwBytes) {
-    return copy(pDestination, pSource, qwBytes);
+    return memory::copy(pDestination, pSource, qwBytes);
 }
 
 int32_t ZeroMemoryFast(void* pDestination, uint64_t qwBytes) {
-    if (qwBytes < kSelectFrom) {
+    if (qwBytes < memory::kSelectFrom) {
         std::memset(pDestination, 0, qwBytes);
         return 0;
     }
-    const std::int32_t result = routineIn(pfcnZeroMemoryFast, zeroRoutineFor)(pDestination, qwBytes);
+    const std::int32_t result = memory::routineIn(pfcnZeroMemoryFast, memory::zeroRoutineFor)(pDestination, qwBytes);
     if (result != 0) {
-        const std::uint64_t left = leftOf(result, qwBytes);
+        const std::uint64_t left = memory::leftOf(result, qwBytes);
         std::memset(static_cast<char*>(pDestination) + (qwBytes - left), 0, left);
     }
     return 0;
@@ -100,14 +103,16 @@ int32_t ZeroMemoryFast(void* pDestination, uint64_t qwBytes) {
 int32_t SetMemoryFast(void* pDestination, uint32_t dwValue, uint64_t qwBytes) {
     // The routines write a partial last word whole; this call leaves it untouched, so they get whole words.
     const std::uint64_t whole = qwBytes / 4 * 4;
-    if (whole < kSelectFrom) {
-        fillWords(pDestination, dwValue, whole / 4);
+    if (whole < memory::kSelectFrom) {
+        memory::fillWords(pDestination, dwValue, whole / 4);
         return 0;
     }
-    const std::int32_t result = routineIn(pfcnSetMemoryFast, setRoutineFor)(pDestination, dwValue, whole);
+    const std::int32_t result =
+        memory::routineIn(pfcnSetMemoryFast, memory::setRoutineFor)(pDestination, dwValue, whole);
     if (result != 0) {
-        const std::uint64_t left = leftOf(result, whole) / 4 * 4;
-        fillWords(static_cast<char*>(pDestination) + (whole - left), dwValue, left / 4);
+        // A word of which any byte was left is written whole.
+        const std::uint64_t left = (memory::leftOf(result, whole) + 3) / 4 * 4;
+        memory::fillWords(static_cast<char*>(pDestination) + (whole - left), dwValue, left / 4);
     }
     return 0;
 }

@@ -9,6 +9,7 @@
 #include "errlog.h"
 #include "kvos/memory.h"
 
+namespace kv::memory {
 namespace {
 
 /// The bytes that a zero or set call may touch; none for a negative size or limit.
@@ -21,6 +22,7 @@ std::uint64_t clipped(std::int64_t bytes, std::int64_t limit) {
 }
 
 }  // namespace
+}  // namespace kv::memory
 
 int32_t kvOSCopyMemorySafe(void* pDestination, const void* pSource, uint32_t dwBytes, uint32_t dwLimit) {
     if (dwBytes > dwLimit) {
@@ -57,9 +59,9 @@ int32_t kvOSZeroMemory(void* pDestination, uint64_t qwBytes) {
 }
 
 int32_t kvOSZeroMemorySafe(void* pDestination, int64_t nBytes, int64_t nLimit) {
-    return kvOSZeroMemory(pDestination, clipped(nBytes, nLimit));
+    return kvOSZeroMemory(pDestination, kv::memory::clipped(nBytes, nLimit));
 }
 
 int32_t kvOSSetMemorySafe(void* pDestination, uint32_t dwValue, int64_t nBytes, int64_t nLimit) {
-    return SetMemoryFast(pDestination, dwValue, clipped(nBytes, nLimit));
+    return SetMemoryFast(pDestination, dwValue, kv::memory::clipped(nBytes, nLimit));
 }

@@ -1,14 +1,16 @@
 // Tracked allocation: every live block has a record in a list, so that what is still held at the end can be freed.
 //
-// csMem is usable whenever a tracked call comes, also before tracking begins and after it has ended: it exists from
-// the first tracked call on, and is made anew as soon as the end of tracking has destroyed it.
+// csMem and csFixed are usable at any time, also before tracking begins and after it has ended: they are made when the
+// library is loaded, and anew as soon as the end of tracking has destroyed them.
 #include <cerrno>
+#include <cinttypes>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 
 #include "dlist.h"
+#include "errlog.h"
 #include "kvos/memory.h"
 #include "kvos/sync.h"
 
@@ -18,17 +20,13 @@ kvOSCriticalSection csFixed;
 d_List dlMem;
 d_List dlFixed;
 
+namespace kv::memory {
 namespace {
 
-/// csMem, made at the first call. csFixed is made with it, so that it can be destroyed at any time.
-kvOSCriticalSection* trackingLock() {
-    static const bool made = [] {
-        kvOSInitializeCriticalSection(&csMem);
-        kvOSInitializeCriticalSection(&csFixed);
-        return true;
-    }();
-    static_cast<void>(made);
-    return &csMem;
+// Not at the first tracked call: that would wipe a lock which a host already holds.
+[[gnu::constructor]] void makeLocks() {
+    kvOSInitializeCriticalSection(&csMem);
+    kvOSInitializeCriticalSection(&csFixed);
 }
 
 void renew(kvOSCriticalSection& section) {
@@ -58,21 +56,25 @@ kvMemRecord* recordOf(const void* block) {
 }
 
 }  // namespace
+}  // namespace kv::memory
+
+namespace memory = kv::memory;
 
 void* _zmwAlloc(uint64_t qwSize, const char* pTag) {
     if (qwSize > std::numeric_limits<std::uint32_t>::max()) {
-        errno = ENOMEM;
+        errno = ENOMEM;  // _DbgOut keeps it
+        _DbgOut("Error allocating %" PRIu64 " bytes %d 0x%08X", qwSize, ENOMEM, static_cast<unsigned>(ENOMEM));
         return nullptr;
     }
-    const CDAutoLock held(trackingLock());
+    const CDAutoLock held(&csMem);
     void* block = KVAlloc(static_cast<std::uint32_t>(qwSize));
-    if (block != nullptr) track(block, qwSize, pTag);
+    if (block != nullptr) memory::track(block, qwSize, pTag);
     return block;
 }
 
 int32_t _zmwFree(void** ppBlock) {
-    kvOSEnterCriticalSection(trackingLock());
-    kvMemRecord* record = ppBlock == nullptr ? nullptr : recordOf(*ppBlock);
+    kvOSEnterCriticalSection(&csMem);
+    kvMemRecord* record = ppBlock == nullptr ? nullptr : memory::recordOf(*ppBlock);
     if (record != nullptr) {
         d_ListRemove(&dlMem, &record->node);
         std::free(record);
@@ -87,16 +89,14 @@ void* _zmwFixedAlloc(uint64_t qwSize, const char* pTag) { return _zmwAlloc(qwSiz
 int32_t _zmwFixedFree(void** ppBlock) { return _zmwFree(ppBlock); }
 
 uint32_t dbgzmMemInitTracking() {
-    trackingLock();
-    renew(csMem);
-    renew(csFixed);
+    memory::renew(csMem);
+    memory::renew(csFixed);
     const std::uint32_t result = d_ListInit(&dlMem);
     d_ListInit(&dlFixed);
     return result;
 }
 
 int32_t dbgzmMemQuitTracking() {
-    trackingLock();
     while (d_ListNode* node = d_ListRemoveHead(&dlMem)) {
         auto* record = reinterpret_cast<kvMemRecord*>(node);
         std::free(record->block);
@@ -107,7 +107,6 @@ int32_t dbgzmMemQuitTracking() {
     kvOSDeleteCriticalSection(&csMem);
     const int32_t result = kvOSDeleteCriticalSection(&csFixed);
     // Tracked calls may still come, and must find locks that work.
-    kvOSInitializeCriticalSection(&csMem);
-    kvOSInitializeCriticalSection(&csFixed);
+    memory::makeLocks();
     return result;
 }

@@ -19,9 +19,25 @@ inline void fillAlignedWords(void* destination, std::uint32_t word, std::uint64_
     std::wmemset(static_cast<wchar_t*>(destination), static_cast<wchar_t>(word), count);
 }
 
+/// Blocks of 4 to 16 words: two or four stores of four words each, from both ends, that meet or overlap. Cheaper than
+/// the way to wmemset and back.
+inline void fillShortBlock(char* first, std::uint32_t word, std::uint64_t count) {
+    const std::uint32_t four[4] = {word, word, word, word};
+    char* const last = first + 4 * (count - 4);
+    std::memcpy(first, four, sizeof four);
+    std::memcpy(last, four, sizeof four);
+    if (count <= 8) return;
+    std::memcpy(first + sizeof four, four, sizeof four);
+    std::memcpy(last - sizeof four, four, sizeof four);
+}
+
 /// `fillWords` where `destination` is no multiple of 4. Not inlined: what it must save would cost every other call.
 [[gnu::noinline]] inline void fillShiftedWords(void* destination, std::uint32_t word, std::uint64_t count) {
     if (count == 0) return;
+    if (count >= 4 && count <= 16) {
+        fillShortBlock(static_cast<char*>(destination), word, count);
+        return;
+    }
     const auto head = static_cast<unsigned>(4 - reinterpret_cast<std::uintptr_t>(destination) % 4);
     auto* first = static_cast<char*>(destination);
     // Both ends first: after them nothing is left to be kept across the call.

@@ -1,6 +1,7 @@
-// Small helpers on paths as text, from before paths were split in four: names, roots, separators.
+// Paths as plain text: where the name and the extension begin, the root, one name appended, backslashes turned.
 //
-// Unlike kvOSSplitPath, these take ":" for a separator wherever it stands.
+// Unlike kvOSSplitPath, SplitPathName and SplitPathExt take ":" for a separator wherever it stands, and MergePath takes
+// one at the end of a path for it.
 #include <algorithm>
 #include <cstring>
 #include <string_view>

@@ -1,4 +1,7 @@
 // The monotonic clock: it never steps, starts at no particular moment, and has nothing to do with the time of day.
+//
+// A tick has no fixed length: compare ticks with ticks, and turn a difference into nanoseconds before telling anyone.
+// While the machine sleeps the clock may stand still.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,7 @@
 // glob with flags and results that are the same numbers on every system.
+//
+// Nothing found is a success here, with an empty record, while glob itself calls it an error. The error values are the
+// system's own, and errno says nothing about them.
 #pragma once
 
 #include <glob.h>

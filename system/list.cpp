@@ -10,9 +10,7 @@
 #include "errlog.h"
 #include "kvos/time.h"
 
-using kv::system::isUsable;
-using kv::system::parentOf;
-
+namespace kv::system {
 namespace {
 
 /// A recount that holds the lock this long is reported, because every other thread waits for it.
@@ -26,6 +24,9 @@ d_List* usableParentOf(d_ListNode* node) {
 }
 
 }  // namespace
+}  // namespace kv::system
+
+namespace lists = kv::system;
 
 uint32_t d_ListInit(d_List* pList) {
     if (pList == nullptr) return 0;
@@ -39,7 +40,7 @@ uint32_t d_ListInit(d_List* pList) {
 }
 
 uint32_t d_ListClose(d_List* pList) {
-    if (!isUsable(pList)) return 0;
+    if (!lists::isUsable(pList)) return 0;
     std::atomic_ref(pList->flags).store(0, std::memory_order_release);
     kvOSDeleteCriticalSection(&pList->lock);
     pList->head = nullptr;
@@ -49,59 +50,59 @@ uint32_t d_ListClose(d_List* pList) {
 }
 
 uint32_t d_ListLock(d_List* pList) {
-    if (!isUsable(pList)) return 0;
+    if (!lists::isUsable(pList)) return 0;
     kvOSEnterCriticalSection(&pList->lock);
     return 1;
 }
 
 uint32_t d_ListUnLock(d_List* pList) {
-    if (!isUsable(pList)) return 0;
+    if (!lists::isUsable(pList)) return 0;
     kvOSLeaveCriticalSection(&pList->lock);
     return 1;
 }
 
 uint32_t d_ListInitNode(d_ListNode* pNode) {
     if (pNode == nullptr) return 0;
-    kv::system::setFree(*pNode);
+    lists::setFree(*pNode);
     return 1;
 }
 
 d_ListNode* d_ListHead(d_List* pList) {
-    if (!isUsable(pList)) return nullptr;
+    if (!lists::isUsable(pList)) return nullptr;
     const CDAutoLock held(&pList->lock);
     return pList->head;
 }
 
 d_ListNode* d_ListTail(d_List* pList) {
-    if (!isUsable(pList)) return nullptr;
+    if (!lists::isUsable(pList)) return nullptr;
     const CDAutoLock held(&pList->lock);
     return pList->tail;
 }
 
 d_ListNode* d_ListNext(d_ListNode* pNode) {
-    d_List* parent = usableParentOf(pNode);
+    d_List* parent = lists::usableParentOf(pNode);
     if (parent == nullptr) return nullptr;
     const CDAutoLock held(&parent->lock);
     return pNode->next;
 }
 
 d_ListNode* d_ListPrev(d_ListNode* pNode) {
-    d_List* parent = usableParentOf(pNode);
+    d_List* parent = lists::usableParentOf(pNode);
     if (parent == nullptr) return nullptr;
     const CDAutoLock held(&parent->lock);
     return pNode->prev;
 }
 
-d_List* d_ListParent(d_ListNode* pNode) { return usableParentOf(pNode); }
+d_List* d_ListParent(d_ListNode* pNode) { return lists::usableParentOf(pNode); }
 
 uint32_t d_ListCount(d_List* pList) {
-    if (!isUsable(pList)) return 0;
+    if (!lists::isUsable(pList)) return 0;
     const CDAutoLock held(&pList->lock);
     return pList->count;
 }
 
 uint32_t d_ListReCount(d_List* pList) {
-    if (!isUsable(pList)) return 0;
+    if (!lists::isUsable(pList)) return 0;
     std::uint32_t begin_ms = 0;
     std::uint32_t counted = 0;
     {
@@ -113,6 +114,6 @@ uint32_t d_ListReCount(d_List* pList) {
     }
     // Outside the lock: reporting lists a message, on a list that may be this very one.
     const std::uint32_t took_ms = kvOSGetMs() - begin_ms;
-    if (took_ms >= kSlowRecount_ms) ErrOut("d_ListReCount lock %d", static_cast<int>(took_ms));
+    if (took_ms >= lists::kSlowRecount_ms) ErrOut("d_ListReCount lock %d", static_cast<int>(took_ms));
     return counted;
 }

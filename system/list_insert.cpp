@@ -1,14 +1,12 @@
 // Listing a node: first, last, before another, after another.
 //
-// A node that outlived its list's closing still names it, and may come back here as a neighbour once the list is made
-// anew. That is why the cases are told by the header's head and tail, not by the neighbour's own links.
+// A node that outlived its list's closing still names it, and passes for one of the list's own once that is made anew.
+// As a neighbour it does no harm while the list is empty, because head and tail are looked at first; later its old
+// links would be followed, so that the caller has to d_ListInitNode it.
 #include "dlist.h"
 #include "system/list.h"
 
-using kv::system::claim;
-using kv::system::isUsable;
-using kv::system::parentOf;
-
+namespace kv::system {
 namespace {
 
 /// Links a claimed node between two neighbours, null standing for the end on that side.
@@ -26,46 +24,49 @@ bool isOfList(d_ListNode* neighbour, const d_List& list) {
 }
 
 }  // namespace
+}  // namespace kv::system
+
+namespace lists = kv::system;
 
 uint32_t d_ListAddHead(d_List* pList, d_ListNode* pNode) {
-    if (!isUsable(pList) || pNode == nullptr) return 0;
+    if (!lists::isUsable(pList) || pNode == nullptr) return 0;
     const CDAutoLock held(&pList->lock);
-    if (!claim(*pNode, *pList)) return 0;
-    link(*pList, nullptr, *pNode, pList->head);
+    if (!lists::claim(*pNode, *pList)) return 0;
+    lists::link(*pList, nullptr, *pNode, pList->head);
     return 1;
 }
 
 uint32_t d_ListAddTail(d_List* pList, d_ListNode* pNode) {
-    if (!isUsable(pList) || pNode == nullptr) return 0;
+    if (!lists::isUsable(pList) || pNode == nullptr) return 0;
     const CDAutoLock held(&pList->lock);
-    if (!claim(*pNode, *pList)) return 0;
-    link(*pList, pList->tail, *pNode, nullptr);
+    if (!lists::claim(*pNode, *pList)) return 0;
+    lists::link(*pList, pList->tail, *pNode, nullptr);
     return 1;
 }
 
 d_ListNode* d_ListInsertAt(d_List* pList, d_ListNode* pAt, d_ListNode* pNode) {
-    if (!isUsable(pList) || pNode == nullptr) return nullptr;
+    if (!lists::isUsable(pList) || pNode == nullptr) return nullptr;
     const CDAutoLock held(&pList->lock);
-    if (!isOfList(pAt, *pList) || !claim(*pNode, *pList)) return nullptr;
+    if (!lists::isOfList(pAt, *pList) || !lists::claim(*pNode, *pList)) return nullptr;
     if (pAt == nullptr) {
-        link(*pList, pList->tail, *pNode, nullptr);
+        lists::link(*pList, pList->tail, *pNode, nullptr);
     } else if (pAt == pList->head || pList->head == nullptr) {
-        link(*pList, nullptr, *pNode, pList->head);
+        lists::link(*pList, nullptr, *pNode, pList->head);
     } else {
-        link(*pList, pAt->prev, *pNode, pAt);
+        lists::link(*pList, pAt->prev, *pNode, pAt);
     }
     return pNode;
 }
 
 d_ListNode* d_ListInsert(d_List* pList, d_ListNode* pAfter, d_ListNode* pNode) {
-    if (!isUsable(pList) || pNode == nullptr) return nullptr;
+    if (!lists::isUsable(pList) || pNode == nullptr) return nullptr;
     const CDAutoLock held(&pList->lock);
-    if (!isOfList(pAfter, *pList) || !claim(*pNode, *pList)) return nullptr;
+    if (!lists::isOfList(pAfter, *pList) || !lists::claim(*pNode, *pList)) return nullptr;
     // Head and tail are the same in an empty list, too: there, last is first.
     if (pAfter == nullptr || pAfter == pList->tail || pList->head == pList->tail) {
-        link(*pList, pList->tail, *pNode, nullptr);
+        lists::link(*pList, pList->tail, *pNode, nullptr);
     } else {
-        link(*pList, pAfter, *pNode, pAfter->next);
+        lists::link(*pList, pAfter, *pNode, pAfter->next);
     }
     return pNode;
 }

@@ -1,18 +1,15 @@
 // Taking a node off: the first, the last, any one.
 //
-// A node that outlived its list's closing still names it, and may be passed once the list is made anew. It is then
-// neither head nor tail, has neighbours or none, and the header's count may already be 0: hence the checks that a
-// sound list would not need.
+// A node that outlived its list's closing still names it, and passes for one of the list's own once that is made anew.
+// It is then neither head nor tail, has old neighbours or none, and the header's count may already be 0: hence checks
+// that a sound list would not need. They follow the old links; that those still lead to nodes is the caller's duty.
 #include <cstdint>
 
 #include "dlist.h"
 #include "errlog.h"
 #include "system/list.h"
 
-using kv::system::isUsable;
-using kv::system::parentOf;
-using kv::system::setFree;
-
+namespace kv::system {
 namespace {
 
 void countOneLess(d_List& list) {
@@ -65,28 +62,31 @@ std::uint32_t shown(const void* address) {
 }
 
 }  // namespace
+}  // namespace kv::system
+
+namespace lists = kv::system;
 
 d_ListNode* d_ListRemoveHead(d_List* pList) {
-    if (!isUsable(pList)) return nullptr;
+    if (!lists::isUsable(pList)) return nullptr;
     const CDAutoLock held(&pList->lock);
-    return takeHead(*pList);
+    return lists::takeHead(*pList);
 }
 
 d_ListNode* d_ListRemoveTail(d_List* pList) {
-    if (!isUsable(pList)) return nullptr;
+    if (!lists::isUsable(pList)) return nullptr;
     const CDAutoLock held(&pList->lock);
-    return takeTail(*pList);
+    return lists::takeTail(*pList);
 }
 
 d_ListNode* d_ListRemove(d_List* pList, d_ListNode* pNode) {
-    if (!isUsable(pList) || pNode == nullptr) return nullptr;
+    if (!lists::isUsable(pList) || pNode == nullptr) return nullptr;
     const d_List* parent = nullptr;
     {
         const CDAutoLock held(&pList->lock);
-        parent = parentOf(*pNode);
-        if (parent == pList) return take(*pList, *pNode);
+        parent = lists::parentOf(*pNode);
+        if (parent == pList) return lists::take(*pList, *pNode);
     }
     // Outside the lock: reporting lists a message, on a list that may be this very one.
-    ErrOut("d_ListRemove, Node is not of this list %08X %08X", shown(parent), shown(pList));
+    ErrOut("d_ListRemove, Node is not of this list %08X %08X", lists::shown(parent), lists::shown(pList));
     return nullptr;
 }

@@ -1,4 +1,7 @@
 // Moments broken down into fields, each caller with a record of its own.
+//
+// The reentrant calls stand here for localtime and gmtime, whose one buffer any thread may fill anew. localtime_r alone
+// may go by a zone that it read before; tzset ahead of it makes a new TZ count at once.
 #pragma once
 
 #include <ctime>

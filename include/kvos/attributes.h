@@ -96,7 +96,8 @@ KVUTIL_API uint32_t kvOSFileIsReadOnly(const char *pPath);
  * Changes the write bits of a local file.
  *
  * A flag of 0 gives all three write bits to a file that kvOSFileIsReadOnly. Meant: any other flag, on a file that is
- * not, turns on every mode bit except the write bits and takes none away, so that the file stays writable.
+ * not, turns on every mode bit except the write bits and takes none away, so that the file stays writable and becomes
+ * executable, and set-user-id, set-group-id and sticky go on as well: octal 0600 becomes 07755.
  *
  * @return 1 when the mode was to be changed, meant also when the path does not exist or the change was refused; 0 when
  *         the file already was as wanted; 0xFFFFFFFF for a network path, a null one and one that does not fit.
@@ -135,9 +136,14 @@ KVUTIL_API uint32_t kvOSRemoveDirectory(const char *pPath);
  *
  * Meant: "\*" is what kvOSFindFirstFile gets, and there it stands for a name that ends in a literal asterisk, beside
  * the directory and not in it. The first entry found is passed over. The content of a directory is therefore not found,
- * and the directory itself is refused by kvOSDeleteFile: the call does not remove a local directory.
+ * and the directory itself is refused by kvOSDeleteFile: the call does not remove a local directory. With a "/" at the
+ * end of the path the pattern stands in the directory, and finds there just what is named "*".
  *
- * @return 1 when everything found and the path itself were deleted, else 0.
+ * Meant: the attributes of what is neither file nor directory (KVATTR_INVALID) hold the directory bit. Such an entry is
+ * treated as a directory, where nothing is found, and ends the call with 0.
+ *
+ * @return 1 when everything found and the path itself were deleted, else 0; 0xFFFFFFFF where kvOSDeleteFile gives that
+ *         for the path itself.
  *
  * Messages: those of kvOSDeleteFile.
  */
@@ -168,7 +174,8 @@ KVUTIL_API uint32_t kvOSGetCWD(char *pBuffer);
 
 /**
  * Stores the directory of the running program, with a final "/", in 4096 bytes; where the system does not tell, the
- * working directory taken for a path, so that its last component is lost; meant.
+ * working directory taken for a path, so that its last component is lost; meant. Meant: for a program directly in the
+ * root, as kvOSSplitPath tells, its own path with a "/" behind it: "/prog" gives "/prog/".
  *
  * @return 0; 0xFFFFFFFF for a null buffer.
  */
@@ -178,12 +185,13 @@ KVUTIL_API uint32_t kvOSGetAppDir(char *pBuffer);
  * Finds the directory of settings, and makes it if it is missing.
  *
  * With bit 0 of the flag clear that is "/Library/Application Support/Korvane/", and if it can't be made, the user's
- * own; with the bit set it is the user's own, "Library/Application Support/Korvane/" in the home directory. Only the
- * last component is made. A directory counts as there if it exists or is on gvecNames.
+ * own; with the bit set it is the user's own, "Library/Application Support/Korvane/" behind what kvOSGetHomeDir gives.
+ * Meant: for a user with an empty home that is a folder of the working directory. Only the last component is made. A
+ * directory counts as there if it exists or is on gvecNames.
  *
  * @param pBuffer  4096 bytes; receives the directory, with a final "/".
- * @return 0; -1 when the user's own could not be made. The buffer then keeps the text, empty for a null or unknown
- * home.
+ * @return 0; -1 when the user's own could not be made, the buffer then keeping its text, when that does not fit, the
+ *         buffer then being empty (ENAMETOOLONG), and for a null buffer.
  */
 KVUTIL_API int32_t kvOSGetConfigDir(char *pBuffer, uint32_t dwFlag);
 
@@ -191,9 +199,10 @@ KVUTIL_API int32_t kvOSGetConfigDir(char *pBuffer, uint32_t dwFlag);
  * Stores the user's home directory in 4096 bytes: HOME; if that is absent or empty, what the user database says; for a
  * user it does not know, "/var/tmp/".
  *
- * Meant: a "/" is added without a look at the end, so that a source with a final "/" comes out with two.
+ * Meant: a "/" is added without a look at the end, so that a source with a final "/" comes out with two: "/var/tmp//".
  *
- * @return 0; 0xFFFFFFFF with an empty buffer for an empty entry and for a text that does not fit (ENAMETOOLONG).
+ * @return 0; 0xFFFFFFFF with an empty buffer only where the user database has an empty home, for a text that does not
+ *         fit (ENAMETOOLONG), and for a null buffer (EINVAL).
  */
 KVUTIL_API uint32_t kvOSGetHomeDir(char *pBuffer);
 
@@ -225,7 +234,8 @@ KVUTIL_API uint32_t kvOSGetTempPath(uint32_t dwSize, char *pBuffer);
 KVUTIL_API uint32_t kvOSGetTempFileName(const char *pDirectory, const char *pPrefix, uint32_t dwNumber, char *pBuffer);
 
 /**
- * Stores the first word of the process's argument vector, the program's name, in 4096 bytes; meant: not the rest.
+ * Stores the first word of the process's argument vector, the program's name, in 4096 bytes; meant: not the rest. Bytes
+ * behind the terminator stay as they were.
  *
  * @return the length of the text; 0 with an empty buffer when there is none or it does not fit.
  */

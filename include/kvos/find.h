@@ -1,7 +1,12 @@
 // Enumeration of directories: find first, next and close, and a walk over a tree.
 //
 // A find handle belongs to one thread at a time. The find calls take their pattern as it stands: the redirect of the
-// file layer is not applied to it.
+// file layer is not applied to it. What an entry says is found by its path, the directory of the pattern and the name:
+// name, times and size are of that path as it stands, while the attributes come from kvOSGetFileAttributes, which
+// redirects it first. kvOSRecurseDirectory asks kvOSFileIsDir about the redirected directory and lists the given one.
+//
+// An entry whose path comes to 4096 bytes or more can't be named to any call. It is left out, and the enumeration then
+// ends with last error ENAMETOOLONG instead of -1, so that nobody takes the listing for the whole.
 #ifndef KVOS_FIND_H
 #define KVOS_FIND_H
 
@@ -58,7 +63,8 @@ typedef struct kvOSFindData {
  * @return the handle, the caller's until kvOSFindClose; -1 when nothing matched, for null pointers, for a pattern
  *         without a name and for a wildcard in the directory. In this version also for every S3 prefix.
  *
- * Last error: -1 on failure; ENAMETOOLONG for a pattern that does not fit; ENOTSUP for an S3 prefix.
+ * Last error: -1 on failure; ENAMETOOLONG for a pattern that does not fit, and when all that matched was left out for
+ *             the length of its path; ENOTSUP for an S3 prefix; ENOMEM without memory.
  */
 KVUTIL_API int64_t kvOSFindFirstFile(const char *pPattern, kvOSFindData *pData);
 
@@ -68,9 +74,14 @@ KVUTIL_API int64_t kvOSFindFirstFile(const char *pPattern, kvOSFindData *pData);
  * What was there when the enumeration began is what it delivers. An entry that two forms of the pattern match (an
  * extension of ".*" and a name that begins with "*" and ends otherwise) comes twice; meant.
  *
+ * Meant: in a relative folder "http:" (or of another scheme of kvOSIsNetworkFile) a "?" begins a query, so that what
+ * begins with one has an empty name. A directory is then named by what its path holds beyond the length of the first
+ * path found: "http:/?dir" behind "http:/." is "dir".
+ *
  * @return 1 when pData was filled; 0 at the end, for the handles 0 and -1 and for a null pData.
  *
- * Last error: meant: -1 whenever the result is 0; callers tell the end of a listing by it.
+ * Last error: meant: -1 whenever the result is 0; callers tell the end of a listing by it. ENAMETOOLONG at the end of
+ *             one that left out entries whose paths do not fit.
  */
 KVUTIL_API uint32_t kvOSFindNextFile(int64_t hFind, kvOSFindData *pData);
 
@@ -106,7 +117,8 @@ KVUTIL_API uint64_t FILEFileTimeToUnixTime(uint64_t qwFileTime, uint64_t *pqwNan
  *
  * @param pDirectory, pName, pExtension  joined as they are, no separator added; null counts as empty.
  * @param nFlags  1 appends to what pGlob holds; every other bit is ignored. Backslash quoting is always on.
- * @param pGlob   zeroed or filled by an earlier call; the caller's to globfree.
+ * @param pGlob   zeroed, or with flag 1 filled by an earlier call; the caller's to globfree. Not checked: what a filled
+ *                one holds is lost, unfreed, in a call without flag 1.
  * @return 0, also when nothing matched; else the error of glob. GLOB_ABORTED, with last error ENAMETOOLONG, for 4096
  *         characters and more, and with EINVAL for a null pGlob.
  */
@@ -144,9 +156,9 @@ typedef uint32_t (*kvOSRecurseCallback)(void *pContext, const char *pPath, uint3
  * @return the result of the last callback of this directory itself, 0 if there was none or nothing could be listed. A
  *         callback that gave KVRECURSE_REMEMBERED for a directory of this level is returned instead of a last result of
  *         0, unless a later callback gave another result than 0. 0xFFFFFFFF without a callback, for what kvOSFileIsDir
- *         refuses, and when a path does not fit.
+ *         refuses, and when a path on any level did not fit in 4096 bytes: what fits is walked all the same.
  *
- * Last error: EINVAL without a callback or directory, ENAMETOOLONG when a path does not fit.
+ * Last error: EINVAL without a callback or directory, ENAMETOOLONG when a path did not fit.
  * Threads:    the callback runs on the caller's thread. It must neither throw nor end its thread.
  */
 KVUTIL_API uint32_t kvOSRecurseDirectory(void *pContext, const char *pDirectory, kvOSRecurseCallback pCallback,

@@ -16,16 +16,16 @@ extern "C" {
 #endif
 
 /*
- * The one redirect of the process: with both texts set, every path of the file layer that begins with gszReDir_Source
- * has that prefix replaced by gszReDir_NewDir. Both are null at start. A host that sets them does so before it starts
- * its threads, keeps the texts alive, and owns them.
+ * The one redirect of the process: with both texts set, a path that begins with gszReDir_Source has that prefix
+ * replaced by gszReDir_NewDir, in the calls that kvOSReDir names. Both are null at start. A host that sets them does so
+ * before it starts its threads, keeps the texts alive, and owns them.
  */
 extern KVUTIL_API char *gszReDir_Source; /* prefix to replace, in any case of ASCII letters; null: no redirect */
 extern KVUTIL_API char *gszReDir_NewDir; /* what stands for it; null: no redirect */
 
 /**
- * Applies the redirect to a path. Every call of the file layer does this first, so that a whole tree can be moved to
- * another place unseen by the callers.
+ * Applies the redirect to a path. The open call and the calls by name (kvos/attributes.h) do this first, so that a
+ * whole tree can be moved to another place unseen by the callers. The find calls and kvOSFullPath do not.
  *
  * The match is a bare prefix: with /vol1 and /vol2, /VOL1/a gives /vol2/a and, meant, /vol10/a gives /vol20/a. The
  * result is not matched again and no separator is added. Without a match the target is a copy of the source.

@@ -1,7 +1,8 @@
 // Memory: allocation with optional tracking, and one family of copy, zero and set calls.
 //
-// Sizes are bytes. Blocks of one copy do not overlap. Nothing but a null block to free may be null, and destinations
-// hold what they are told to take: the caller's duty, not checked. Every call may be made from any thread.
+// Sizes are bytes. Blocks of one copy do not overlap. Pointers are not null unless a call says so, and destinations
+// hold what they are told to take: the caller's duty, not checked. Every call may be made from any thread, unless it
+// says otherwise.
 #ifndef KVOS_MEMORY_H
 #define KVOS_MEMORY_H
 
@@ -20,12 +21,14 @@ extern "C" {
 /**
  * Allocates a block; its content is not defined.
  *
- * Messages:   "Error allocating %d bytes %d 0x%08X" with the size and the error number twice, to standard error only
- *             (_DbgOut).
- * Last error: ENOMEM on failure.
- *
  * @param dwSize  bytes; 0 gives a block that holds nothing.
- * @return the block, the caller's until KVFree; null on failure.
+ * @return the block, the caller's until KVFree; null on failure, also when an allocator that the host put under malloc
+ *         throws: its exception ends here.
+ *
+ * Last error: ENOMEM when memory runs out; as the host's allocator left it when that one throws.
+ * Messages:   "Error allocating %d bytes %d 0x%08X" with the size, as a signed word, and the error number twice;
+ *             "Exception: freeing kvmemory allocation" for an exception. Both go to standard error only (_DbgOut), and
+ *             nowhere while gdwOutputToStdDebug is 0.
  */
 KVUTIL_API void *KVAlloc(uint32_t dwSize);
 
@@ -33,7 +36,8 @@ KVUTIL_API void *KVAlloc(uint32_t dwSize);
 KVUTIL_API void KVFree(void *pBlock);
 
 /**
- * Resizes a block, keeping its content up to the smaller size. Sends no message.
+ * Resizes a block, keeping its content up to the smaller size. Sends no message; a host's allocator that throws makes
+ * it fail.
  *
  * @param pBlock  a block of KVAlloc or KVReAlloc, or null to allocate one.
  * @param dwSize  bytes. Meant: as realloc of the system; where 0 frees the block, as on Linux, null is no failure.
@@ -51,7 +55,11 @@ typedef struct kvMemRecord {
     char tag[64];  /* meant: not terminated when the caller's text has 64 bytes or more */
 } kvMemRecord;
 
-/* Lock order: csMem, then the list's own lock. */
+/*
+ * Lock order: csMem, then the list's own lock. Both sections are usable at any time, from the loading of the library on
+ * and whether or not blocks are tracked; dbgzmMemInitTracking and dbgzmMemQuitTracking make them anew, so nobody may
+ * hold one then. The lists are initialised only between those two calls.
+ */
 extern KVUTIL_API kvOSCriticalSection csMem;   /* held during each tracked call */
 extern KVUTIL_API kvOSCriticalSection csFixed; /* set up and torn down, otherwise unused */
 extern KVUTIL_API d_List dlMem;                /* the tracked blocks, the last one first */
@@ -63,18 +71,20 @@ extern KVUTIL_API d_List dlFixed;              /* set up and torn down, otherwis
  * Meant: a block taken while nothing is tracked is a good block, but _zmwFree does not know it; free it with KVFree.
  * The same holds for a block whose record found no memory.
  *
- * @param qwSize  bytes; above 0xFFFFFFFF nothing is allocated.
+ * @param qwSize  bytes; above 0xFFFFFFFF nothing is allocated, and the message of KVAlloc shows all of its digits.
  * @param pTag    who holds the block, for a debugger; kept in 64 bytes without a terminator if longer. Null is empty.
- * @return the block, the caller's until _zmwFree or dbgzmMemQuitTracking; null on failure, last error ENOMEM.
+ * @return the block, the caller's until _zmwFree or dbgzmMemQuitTracking; null on failure, last error as KVAlloc, and
+ *         ENOMEM for a size that is refused.
  *
- * Messages: those of KVAlloc.
+ * Messages: those of KVAlloc; a record that found no memory is told likewise.
  */
 KVUTIL_API void *_zmwAlloc(uint64_t qwSize, const char *pTag);
 
 /**
  * Frees a tracked block and clears the caller's pointer to it. Walks all tracked blocks to find it.
  *
- * @param ppBlock  address of the pointer. Meant: a block that is not tracked is left alone, and the pointer unchanged.
+ * @param ppBlock  address of the pointer. Meant: a block that is not tracked, null included, is left alone, and the
+ *                 pointer unchanged. A null ppBlock does nothing.
  * @return as kvOSLeaveCriticalSection on csMem, so 0, whether or not a block was freed.
  */
 KVUTIL_API int32_t _zmwFree(void **ppBlock);
@@ -86,11 +96,11 @@ KVUTIL_API void *_zmwFixedAlloc(uint64_t qwSize, const char *pTag);
 KVUTIL_API int32_t _zmwFixedFree(void **ppBlock);
 
 /**
- * Begins tracking: makes csMem and csFixed, empties dlMem and dlFixed.
+ * Begins tracking: makes csMem and csFixed anew, empties dlMem and dlFixed.
  *
  * Meant: a second call without dbgzmMemQuitTracking forgets what was tracked; those blocks stay allocated.
  *
- * Threads: no other thread may be inside a tracked call.
+ * Threads: no thread may be inside a tracked call, or hold csMem or csFixed: a held one is given up without a word.
  *
  * @return 1, as d_ListInit.
  */
@@ -101,9 +111,9 @@ KVUTIL_API uint32_t dbgzmMemInitTracking(void);
  *
  * Meant: nothing is reported about what was still held. Later _zmwAlloc calls return blocks that nothing tracks.
  *
- * Threads: no other thread may be inside a tracked call.
+ * Threads: no thread may be inside a tracked call, or hold csMem or csFixed.
  *
- * @return as kvOSDeleteCriticalSection on csFixed, so 0.
+ * @return as kvOSDeleteCriticalSection on csFixed: 0, EBUSY if it is held.
  */
 KVUTIL_API int32_t dbgzmMemQuitTracking(void);
 
@@ -124,7 +134,8 @@ extern KVUTIL_API uint32_t CPUFeatureFlagsIntern;
 
 /*
  * The selected routines, null until the first use; a build with the signal primitives never touches them. A host may
- * store its own: a result that is not 0 is the number of bytes, at the end of the block, left for the caller to do.
+ * store its own: a result that is not 0 is the number of bytes, at the end of the block, left for the caller to do. A
+ * set gets whole words, and a word of which any byte was left is written whole.
  */
 extern KVUTIL_API kvOSCopyRoutine pfcnCopyMemoryFast;
 extern KVUTIL_API kvOSSetRoutine pfcnSetMemoryFast;

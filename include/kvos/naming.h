@@ -74,7 +74,8 @@ KVUTIL_API char *MakeNumberedFileName(const char *pSource, char *pTarget, uint64
  *
  * At most the last ten digits count, unless the name is eleven digits and nothing else; their value is cut to 32 bits.
  * Wildcards at the end of the name, or right ahead of its last digits, mean no number: the base ends ahead of them,
- * digits 0. So "clip0012*" and "clip0012??" give 0, "clip0012", 0.
+ * digits 0. So "clip0012*" and "clip0012??" give 0, "clip0012", 0. No more than ten characters are looked at: a
+ * wildcard ahead of ten digits is part of the base, and of eleven wildcards the first is.
  *
  * Meant: behind a first character that is no digit, a number that fills the rest of the name (up to ten digits) is
  * counted but not read: "a123" gives 0, "a", 3, while "ab12" gives 12, "ab", 2. The name "*" gives 0, an empty base, 1;
@@ -91,6 +92,8 @@ KVUTIL_API int32_t GetBaseName(const char *pPath, char *pBase, uint32_t *pdwDigi
  *
  * The first file found always counts, each other one if its name without extension is as long as the first one's. A
  * file's number is read from where the pattern's name has its first wildcard, and is 0 where no digits stand there.
+ * Whatever the find calls deliver is a file here: with the name "*" the first one is ".", and what counts beside it is
+ * ".." and every name of one character.
  *
  * @param pdwFirst   null, or receives the lowest number; 0xFFFFFFFF if nothing was found.
  * @param pdwDigits  null, or receives the digits in the first found name, as GetBaseName counts them; untouched if
@@ -107,10 +110,13 @@ KVUTIL_API uint32_t FindFilesNumber(const char *pPattern, uint32_t *pdwFirst, ui
  * the call is meant.
  *
  * Meant, all of it: texts are not compared, so that "xyzw0005" counts beside "clip0012". A path with an extension
- * matches nothing. A path without one matches entries with any extension, by the length of their names without it.
- * Numbers are read as many characters ahead of the end of pPath's name (or of its first wildcard) as the first entry
- * enumerated has digits. On a local directory that entry is ".", which has none: for "clip????" the numbers are read
- * where the wildcards stand; for "clip0012" they are all 0, and the first match in the enumeration's order stays.
+ * matches nothing. A path without one matches entries with any extension, by the length of their names without it. A
+ * bare name is its own directory, as kvOSSplitPath tells: "clip0012" looks for members in a folder "clip0012".
+ *
+ * Numbers are read as many characters ahead of the end of pPath's name, or of its first wildcard, as the number of the
+ * first numbered entry in the enumeration's order has digits, whether or not that entry matches; never ahead of the
+ * name's start. With four digits "clip0012" reads 12, and for "clip????" every number is read at the start of the name:
+ * all are 0, and the first match stays. The same holds at the end of the name where no entry has a number.
  *
  * @param pFirstPath  receives drive, directory and full name of the entry found; may be pPath itself. Untouched if no
  *                    entry matches, or none with another number than 0xFFFFFFFF.

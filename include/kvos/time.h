@@ -99,8 +99,13 @@ KVUTIL_API uint32_t kvOSGetEpochDateTimeString(int64_t nSeconds, char *pDate, ch
                                                uint32_t dwFlags);
 
 /**
- * kvOSGetEpochDateTimeString for the present moment, with its fraction in the unit that the flags ask for; nine digits
- * are microseconds times 1000.
+ * kvOSGetEpochDateTimeString for the present moment, with its fraction in the unit that the flags ask for: microseconds
+ * with KVTIME_MICRO alone, microseconds times 1000 with KVTIME_NANO alone, milliseconds otherwise.
+ *
+ * @param pDate    null, or receives the date: room for 64 bytes is enough for every form.
+ * @param pTime    null, or receives the time, likewise.
+ * @param dwFlags  KVTIME_... bits; others are ignored.
+ * @return 0, also with both buffers null; 0xFFFFFFFF, with nothing written, if the time can't be broken down.
  */
 KVUTIL_API uint32_t kvOSGetDateTimeString(char *pDate, char *pTime, uint32_t dwFlags);
 

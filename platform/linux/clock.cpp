@@ -1,4 +1,6 @@
-// The monotonic clock, whose tick is a nanosecond here. It stands still while the machine sleeps.
+// The monotonic clock, whose tick is a nanosecond here.
+//
+// It stands still while the machine sleeps, unlike CLOCK_BOOTTIME, so that a wait is not over just because of a sleep.
 #include "platform/clock.h"
 
 #include <ctime>

@@ -1,4 +1,7 @@
 // The running program, as the proc file system shows it.
+//
+// The argument vector is shown as one run of bytes, all words of it, each with its terminator: it is read into a buffer
+// of its own, since callers count on nothing behind the first word. A program may have overwritten its vector.
 #include "platform/executable.h"
 
 #include <cerrno>
@@ -7,6 +10,7 @@
 #include <unistd.h>
 
 #include "border/guard.h"
+#include "border/text.h"
 
 namespace kv::platform {
 namespace {
@@ -43,12 +47,14 @@ bool executablePath(char* target, std::size_t size) noexcept {
 }
 
 bool firstArgument(char* target, std::size_t size) noexcept {
-    const ssize_t length = readBeginning("/proc/self/cmdline", target, size);
-    const bool complete =
-        length > 0 && std::string_view(target, static_cast<std::size_t>(length)).find('\0') != std::string_view::npos;
-    if (complete) return true;
-    if (length > 0) errno = ENAMETOOLONG;
     target[0] = '\0';
+    border::PathBuffer words;
+    const ssize_t length = readBeginning("/proc/self/cmdline", words, sizeof words);
+    if (length <= 0) return false;
+    const std::string_view read(words, static_cast<std::size_t>(length));
+    const std::size_t end = read.find('\0');
+    if (end != std::string_view::npos && border::copyText(target, size, read.substr(0, end))) return true;
+    errno = ENAMETOOLONG;
     return false;
 }
 

@@ -1,4 +1,6 @@
-// The running program, as the dynamic loader shows it. No compiler of this project has seen this file yet.
+// The running program, as the dynamic loader shows it. Links are not followed, and the path may hold "." and "..".
+//
+// No compiler of this project's machines has seen this file.
 #include "platform/executable.h"
 
 #include <cerrno>

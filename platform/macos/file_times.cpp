@@ -1,4 +1,6 @@
-// The times of a file under their BSD names. No compiler of this project has seen this file yet.
+// The times of a file under their BSD names.
+//
+// No compiler of this project's machines has seen this file.
 #include "platform/file_times.h"
 
 namespace kv::platform {

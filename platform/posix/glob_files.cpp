@@ -1,4 +1,7 @@
 // glob by its portable names: only their numbers differ from system to system.
+//
+// Quoting by backslash is what glob does unless it is told otherwise, so that its flag here is the reverse of the
+// system's.
 #include "platform/glob_files.h"
 
 namespace kv::platform {
