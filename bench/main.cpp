@@ -1,0 +1,48 @@
+// kvutil_bench [--quick] [TOPIC...]: measures the named topics, all of them unless some are named.
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <string_view>
+#include <vector>
+
+#include "bench/topics.h"
+
+namespace {
+
+struct Topic {
+    std::string_view name;
+    void (*measure)(const kv::bench::Scale&);
+};
+
+constexpr std::array kTopics{
+    Topic{"local_reads", kv::bench::measureLocalReads}, Topic{"memory_files", kv::bench::measureMemoryFiles},
+    Topic{"copies", kv::bench::measureCopies},          Topic{"enumeration", kv::bench::measureEnumeration},
+    Topic{"open_close", kv::bench::measureOpenClose},
+};
+
+int printUsage() {
+    std::fprintf(stderr, "kvutil_bench [--quick] [TOPIC...], topics being:\n");
+    for (const Topic& topic : kTopics) {
+        std::fprintf(stderr, "  %.*s\n", static_cast<int>(topic.name.size()), topic.name.data());
+    }
+    return 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    kv::bench::Scale scale;
+    std::vector<Topic> chosen;
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view argument = argv[i];
+        if (argument == "--quick") {
+            scale.quick = true;
+            continue;
+        }
+        const auto* const topic = std::ranges::find(kTopics, argument, &Topic::name);
+        if (topic == kTopics.end()) return printUsage();
+        chosen.push_back(*topic);
+    }
+    if (chosen.empty()) chosen.assign(kTopics.begin(), kTopics.end());
+    for (const Topic& topic : chosen) topic.measure(scale);
+}

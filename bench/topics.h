@@ -1,0 +1,14 @@
+// The topics: each sets up its own data, measures its rows and removes what it made. One source file each.
+#pragma once
+
+#include "bench/comparison.h"
+
+namespace kv::bench {
+
+void measureCopies(const Scale& scale);
+void measureEnumeration(const Scale& scale);
+void measureLocalReads(const Scale& scale);
+void measureMemoryFiles(const Scale& scale);
+void measureOpenClose(const Scale& scale);
+
+}  // namespace kv::bench
