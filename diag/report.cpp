@@ -29,7 +29,12 @@ struct SourcePosition {
     bool given() const { return file != nullptr && line != 0; }
 };
 
-bool tooLong(const char* text) { return text != nullptr && strnlen(text, kComposedSize) == kComposedSize; }
+/// A text too long to be composed goes to standard error as it is, and is not logged.
+bool wentOutWhole(const char* text) {
+    if (text == nullptr || strnlen(text, kComposedSize) < kComposedSize) return false;
+    toStandardError(text);
+    return true;
+}
 
 const char* orDefault(const char* text) { return text == nullptr ? "No error supplied" : text; }
 
@@ -115,10 +120,7 @@ std::uint32_t ErrMsg(std::uint32_t dwCode, const char* pText, std::uint64_t qwRe
 std::uint32_t ErrMsgOut(std::uint32_t dwCode, const char* pText, std::uint64_t qwReserved1, std::uint64_t qwReserved2,
                         const char* pFile, std::int32_t nLine) {
     const KeepErrno keep;
-    if (diag::tooLong(pText)) {
-        diag::toStandardError(pText);
-        return 0;
-    }
+    if (diag::wentOutWhole(pText)) return 0;
     if (relaxedLoad(gfMKTestActive) != 0 || relaxedLoad(gf2MKActive) != 0) {
         return ErrMsgBox(dwCode, pText, qwReserved1, qwReserved2, pFile, nLine);
     }
@@ -131,10 +133,7 @@ std::uint32_t ErrMsgOut(std::uint32_t dwCode, const char* pText, std::uint64_t q
 std::uint32_t ErrMsgBox(std::uint32_t dwCode, const char* pText, std::uint64_t, std::uint64_t, const char* pFile,
                         std::int32_t nLine) {
     const KeepErrno keep;
-    if (diag::tooLong(pText)) {
-        diag::toStandardError(pText);
-        return 0;
-    }
+    if (diag::wentOutWhole(pText)) return 0;
     diag::Composed box;
     diag::composeBox(box, dwCode, pText, {pFile, nLine});
     diag::deliver(dwCode, box);
@@ -144,10 +143,7 @@ std::uint32_t ErrMsgBox(std::uint32_t dwCode, const char* pText, std::uint64_t, 
 std::uint32_t ErrMsgDbg(std::uint32_t dwCode, const char* pText, std::uint64_t, std::uint64_t, const char* pFile,
                         std::int32_t nLine) {
     const KeepErrno keep;
-    if (diag::tooLong(pText)) {
-        diag::toStandardError(pText);
-        return 0;
-    }
+    if (diag::wentOutWhole(pText)) return 0;
     diag::Composed line;
     diag::composeLine(line, dwCode, pText, {pFile, nLine});
     diag::toStandardError(line);
@@ -157,10 +153,7 @@ std::uint32_t ErrMsgDbg(std::uint32_t dwCode, const char* pText, std::uint64_t, 
 std::uint32_t ErrStrOut(std::uint32_t dwCode, const char* pText, const char* pFile, std::int32_t nLine) {
     const KeepErrno keep;
     if (pText == nullptr) return 0xFFFFFFFF;
-    if (diag::tooLong(pText)) {
-        diag::toStandardError(pText);
-        return 0;
-    }
+    if (diag::wentOutWhole(pText)) return 0;
     const diag::SourcePosition source{pFile, nLine};
     if (!source.given()) {
         diag::deliver(dwCode, pText);

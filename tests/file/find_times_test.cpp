@@ -33,7 +33,7 @@ TEST(FindTimes, AMomentAheadOf1970GoesThereAndBack) {
 }
 
 TEST(FindTimes, RandomMomentsGoThereAndBack) {
-    const unsigned seed = std::random_device{}();
+    const unsigned seed = 20261121;
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937_64 random(seed);
     for (int round = 0; round < 10000; ++round) {

@@ -125,7 +125,7 @@ TEST(FixSeparators, ABackslashBehindAnEscapeIsTurnedAndAnEscapedOneIsNot) {
 }
 
 TEST(FixSeparators, RandomFileUrlsFollowTheModel) {
-    const unsigned seed = std::random_device{}();
+    const unsigned seed = 20261121;
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     const std::string_view letters = "ab%%%%//\\:C023459AFafxz .";
@@ -185,7 +185,7 @@ TEST(LegalizePath, SlashesAndBackslashesStayButThatOfAUnicodeEscape) {
 TEST(LegalizePath, NonAsciiLettersBecomeOneBlankAByte) { EXPECT_EQ(legal("f\xC3\xBCr \xE2\x82\xAC"), "f  r    "); }
 
 TEST(LegalizePath, RandomBytesFollowTheTable) {
-    const unsigned seed = std::random_device{}();
+    const unsigned seed = 20261121;
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     for (int round = 0; round < 2000; ++round) {
