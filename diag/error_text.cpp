@@ -146,7 +146,7 @@ void composeCodeText(CodeText& text, std::uint32_t code) {
 }  // namespace kv::diag
 
 char* FormatWinMsg(std::uint32_t dwCode) {
-    kv::diag::CodeText text;
+    kv::diag::CodeText text = "";
     kv::diag::composeCodeText(text, dwCode);
     const std::string_view composed(text);
     for (std::size_t i = 0; i <= composed.size(); ++i) kv::border::relaxedStore(szWin[i], text[i]);

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "border/guard.h"
+#include "border/text.h"
 #include "file/network.h"
 #include "file/open_reading.h"
 #include "file/redirect.h"
@@ -41,7 +42,7 @@ bool existsLocally(const char* path) {
 
 bool exists(const char* path) {
     border::PathBuffer target;
-    if (!redirected(path, target) || *path == '\0') return false;
+    if (!redirected(path, target) || border::orEmpty(path).empty()) return false;
     return isNetworkPath(target) ? opensForReading(path) : existsLocally(target);
 }
 

@@ -4,6 +4,7 @@
 // where the odd results of short names come from.
 #include "naming/numbered_name.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
@@ -57,7 +58,7 @@ struct PaddedNumber {
         const auto plainLength =
             static_cast<std::size_t>(std::to_chars(plain, plain + sizeof plain, number).ptr - plain);
         const std::size_t zeros = width > plainLength ? width - plainLength : 0;
-        std::memset(buffer, '0', zeros);
+        std::fill_n(buffer, zeros, '0');
         std::memcpy(buffer + zeros, plain, plainLength);
         length = zeros + plainLength;
     }
