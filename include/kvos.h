@@ -22,6 +22,7 @@
 #define KVOS_H
 
 #include "kvos/attributes.h"
+#include "kvos/copy.h"
 #include "kvos/export.h"
 #include "kvos/file.h"
 #include "kvos/find.h"

@@ -3,7 +3,7 @@
 // The only separator is "/"; FixPathName repairs others. Buffers for a path or a part of one hold 4096 bytes, for an
 // extension 256, terminators included, and no call here writes past that. A call that builds or appends to a path and
 // finds it too long sets errno to ENAMETOOLONG and does what its docstring says, cutting nothing. No call here sends a
-// message of its own, and each may be made from any thread.
+// message of its own unless it says so, and each may be made from any thread.
 #ifndef KVOS_NAMING_H
 #define KVOS_NAMING_H
 
@@ -188,6 +188,55 @@ KVUTIL_API int32_t ChangeFileExtension(char *pPath, const char *pNewExtension);
  * Last error, messages: those of kvOSCreateFile, kvOSWriteFile and kvOSCloseFile.
  */
 KVUTIL_API int32_t DumpFileBin(const char *pName, const void *pData, uint64_t nSize);
+
+/**
+ * Copies a file into its ring of backups, so that it can be rewritten. "config.xml" has the backups "config.000.xml",
+ * the newest, "config.001.xml" and so on, beside it. An absent file is left at that.
+ *
+ * Each older backup is first renamed to the next number, or copied where it can't be renamed, and the number dwCount is
+ * deleted. Where a rename failed the newest backup is overwritten in place, else it is made anew.
+ *
+ * @param dwCount  backups to keep, at most 999. Meant: 0 and 1 both keep one, and delete number 001.
+ * @return 0 whatever failed; -1 for a null path.
+ *
+ * Messages: "\nError backing up config FALSE (%d) " with errno, for a backup that could be neither renamed nor copied
+ *           (meant: kvOSCopyFile also counts as failed for a file whose size is a multiple of 1 MiB); those of
+ *           kvOSDeleteFile, kvOSCopyFile and kvOSCreateFile.
+ */
+KVUTIL_API int32_t MakeFileBackups(const char *pPath, uint32_t dwCount);
+
+/**
+ * Turns a file's path into that of one of its backups.
+ *
+ * @param pPath        the path, in a buffer of 4096 bytes; receives the backup's.
+ * @param dwMaxLength  bytes that the new path may have, its terminator not counted.
+ * @param nIndex       number of the backup, 0 being the newest; below 0 and above 998 it stands for 999.
+ * @return 0; -1 for a null path and a backup that is not there; -2 if its path is too long. Only 0 changes pPath.
+ */
+KVUTIL_API int32_t GetFileBackups(char *pPath, uint32_t dwMaxLength, int32_t nIndex);
+
+/**
+ * Overwrites one file with the contents of another, in place. An empty source, one of 4 GiB and more, and whatever
+ * fails leave the destination as it is; nothing is returned.
+ *
+ * Messages: those of kvOSCreateFile, kvOSReadFile, kvOSWriteFile and kvOSSetEndOfFile.
+ */
+KVUTIL_API void DuplicateContents(const char *pDestination, const char *pSource);
+
+/**
+ * Makes every missing directory of a path, local or on a network. A last component with an extension is taken for a
+ * file and is not made; one without is a directory too.
+ *
+ * Meant: the topmost directory is made only when a deeper one could not be; a path of one component, "/a", counts as
+ * "/a/a", as kvOSSplitPath tells. What can't be made below a topmost one that could is passed over in silence.
+ *
+ * @param pPath  a relative one begins in the working directory.
+ * @return 0; -1 for a null path, one too long, and a directory that could not be made.
+ *
+ * Last error: of the directory that could not be made.
+ * Messages:   "Unable to make directory: %s, errno = %d\n" with its path.
+ */
+KVUTIL_API int32_t MakeDirStructure(const char *pPath);
 
 #ifdef __cplusplus
 }

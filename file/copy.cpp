@@ -1,0 +1,84 @@
+// The plain copy.
+//
+// The last block goes through a second open of the destination: one that was opened for whole, unbuffered blocks could
+// not take it. What the result says of a copy without such a block is meant.
+#include "kvos/copy.h"
+
+#include <memory>
+#include <new>
+
+#include "border/guard.h"
+#include "kvos/attributes.h"
+#include "kvos/file.h"
+
+namespace kv::file {
+namespace {
+
+constexpr std::uint32_t kBlock = 1 << 20;
+constexpr std::uint32_t kUnbuffered = 0x20000000;
+
+/// A handle that is closed at the latest with its scope.
+class Copied {
+public:
+    explicit Copied(std::int64_t handle) : handle_(handle) {}
+    ~Copied() {
+        const border::KeepErrno keep;
+        close();
+    }
+    Copied(const Copied&) = delete;
+    Copied& operator=(const Copied&) = delete;
+
+    bool isOpen() const { return handle_ != KVFILE_INVALID && handle_ != 0; }
+    std::int64_t handle() const { return handle_; }
+    bool close() {
+        const std::int64_t handle = handle_;
+        handle_ = KVFILE_INVALID;
+        return handle == KVFILE_INVALID || handle == 0 || kvOSCloseFile(handle) != 0;
+    }
+
+private:
+    std::int64_t handle_;
+};
+
+bool writeBlock(std::int64_t file, const char* block, std::uint32_t count) {
+    std::uint32_t written = 0;
+    return kvOSWriteFile(file, block, count, &written, nullptr) != 0 && written == count;
+}
+
+bool writeTail(const char* path, std::int64_t offset, const char* block, std::uint32_t count) {
+    Copied destination(kvOSCreateFile(path, KVFILE_WRITE, 1, nullptr, KVFILE_OPEN_EXISTING, 0, 0));
+    if (!destination.isOpen() || kvOSSeek(destination.handle(), offset) == -1) return false;
+    return writeBlock(destination.handle(), block, count) && destination.close();
+}
+
+std::uint32_t copyBlocks(std::int64_t source, std::int64_t destination, const char* path) {
+    const std::unique_ptr<char[]> block(new char[kBlock]);
+    for (std::int64_t offset = 0;; offset += kBlock) {
+        std::uint32_t got = 0;
+        const bool read = kvOSReadFile(source, block.get(), kBlock, &got, nullptr) != 0;
+        if (got == 0) return read ? 0 : 1;  // meant, both
+        if (got < kBlock) return writeTail(path, offset, block.get(), got) ? 1 : 0;
+        if (!writeBlock(destination, block.get(), got)) return 0;
+    }
+}
+
+std::uint32_t copy(const char* from, const char* to, bool failIfExists) {
+    if (kvOSFileExists(to) != 0) {
+        if (failIfExists) return 0;
+        kvOSDeleteFile(to);
+    }
+    const Copied source(kvOSCreateFile(from, KVFILE_READ, 7, nullptr, KVFILE_OPEN_EXISTING, kUnbuffered, 0));
+    if (!source.isOpen()) return 0;
+    Copied destination(kvOSCreateFile(to, KVFILE_WRITE, 1, nullptr, KVFILE_CREATE_NEW, kUnbuffered, 0));
+    const std::uint32_t result = copyBlocks(source.handle(), destination.handle(), to);
+    const border::KeepErrno keep;
+    return destination.close() ? result : 0;
+}
+
+}  // namespace
+}  // namespace kv::file
+
+extern "C" uint32_t kvOSCopyFile(const char* pSource, const char* pDestination, uint32_t fFailIfExists) {
+    if (pSource == nullptr || pDestination == nullptr) return 0;
+    return kv::border::atBorder(0u, [&] { return kv::file::copy(pSource, pDestination, fFailIfExists != 0); });
+}
