@@ -10,7 +10,9 @@
 
 #include "border/guard.h"
 #include "border/relaxed.h"
-#include "diag/log_list.h"
+#include "diag/format.h"
+#include "diag/log_results.h"
+#include "diag/settings_once.h"
 #include "diag/standard_error.h"
 #include "errlog.h"
 
@@ -86,7 +88,7 @@ void composeBox(Composed& out, std::uint32_t code, const char* text, SourcePosit
 
 /// Logs a finished text and copies it to standard error as the log's answer tells.
 void deliver(std::uint32_t code, const char* text) {
-    const std::uint32_t outcome = putInLog(code, text);
+    const std::uint32_t outcome = ErrLogPut(code, text);
     if (outcome == kLogSwallowed) return;
     if (outcome != kLogStored && outcome != kLogFailed) {
         char repeat[32];
@@ -105,10 +107,9 @@ using kv::border::relaxedLoad;
 
 std::uint32_t ErrMsg(std::uint32_t dwCode, const char* pText, std::uint64_t qwReserved1, std::uint64_t qwReserved2,
                      const char* pFile, std::int32_t nLine) {
-    if (relaxedLoad(gfReadReg) == 0) {
+    {
         const KeepErrno keep;  // code 0 asks for the caller's errno, not for that of reading settings
-        kv::border::relaxedStore(gfReadReg, 1u);  // first, so that a report made by the reading does not come back here
-        _ReadRegSettings();
+        diag::readSettingsOnce();
     }
     const bool isError = dwCode >> 30 == 3;
     if (isError && relaxedLoad(gfShowErrors) != 0 && relaxedLoad(gfUseErrorBox) == 1) {
@@ -171,7 +172,7 @@ std::uint32_t ErrFmtOut(std::uint32_t dwCode, const char* pFile, std::int32_t nL
     char text[4097];
     va_list arguments;
     va_start(arguments, pFormat);
-    std::vsnprintf(text, 4096, pFormat, arguments);
+    diag::formatMessage(text, 4096, pFormat, arguments);
     va_end(arguments);
     ErrStrOut(dwCode, text, pFile, nLine);
     return 0;
@@ -183,7 +184,7 @@ std::uint32_t ErrOut(const char* pFormat, ...) {
     char text[4096];
     va_list arguments;
     va_start(arguments, pFormat);
-    std::vsnprintf(text, sizeof text, pFormat, arguments);
+    diag::formatMessage(text, sizeof text, pFormat, arguments);
     va_end(arguments);
     diag::deliver(0, text);
     return 0;

@@ -1,8 +1,16 @@
 // The switches of the reporting calls, and their reading from the settings.
+//
+// The reading opens the default store, may save it, and so may report in its turn: whoever calls it sets gfReadReg
+// first and holds no lock of the log.
+#include <array>
 #include <cstdint>
+#include <string_view>
 
 #include "border/relaxed.h"
+#include "border/text.h"
 #include "errlog.h"
+#include "kvcfg.h"
+#include "kvos/sync.h"
 
 std::uint32_t gfReadReg = 0;
 std::uint32_t gfShowInfomational = 0;
@@ -19,7 +27,101 @@ std::uint32_t gfEnableList = 1;
 char szLogName[4096];
 char gszLogName[4096];
 
+namespace kv::diag {
+namespace {
+
+using border::relaxedLoad;
+using border::relaxedStore;
+
+constexpr const char* kDebugKey = "ZMW\\Advanced\\Debug";
+constexpr const char* kServerKey = "ZMW\\NetServer\\HttpDirs";
+constexpr const char* kLogName = "DefaultLogName";
+constexpr std::string_view kLogInServer = "/debugout.log";
+constexpr std::size_t kShortestLogName = 3;
+
+struct Switch {
+    const char* name;
+    std::uint32_t& variable;
+};
+
+// In the order of reading, which is the order of the elements in a file that had none of them.
+constexpr std::array kSwitches{
+    Switch{"ShowInformational", gfShowInfomational},
+    Switch{"ShowWarnings", gfShowWarnings},
+    Switch{"ShowErrors", gfShowErrors},
+    Switch{"UseErrorBox", gfUseErrorBox},
+    Switch{"MKTestActive", gfMKTestActive},
+    Switch{"UseWindow", gfUseErrorWin},
+    Switch{"DebugLevel", gdwDebugLevel},
+    Switch{"EnableLog", gfEnableLog},
+    Switch{"EnableList", gfEnableList},
+};
+
+/// Only what is missing is brought to 0 or 1: a stored 5 stays 5. Meant.
+void readSwitch(const Switch& one) {
+    std::uint32_t value = relaxedLoad(one.variable);
+    const bool isStored = kvCFGValueDword(KVSTDCONFIG, kDebugKey, one.name, &value, 0) == 0;
+    if (!isStored) value = value != 0 ? 1 : 0;
+    relaxedStore(one.variable, value);
+    if (!isStored) kvCFGValueDword(KVSTDCONFIG, kDebugKey, one.name, &value, 1);
+}
+
+enum class Text { missing, tooLong, read };
+
+/// Reads a text into szLogName, which is otherwise empty, as for a value without text.
+Text readLogName(const char* key, const char* name) {
+    szLogName[0] = '\0';
+    KVTiXmlConfig* const store = kvCFGCheckHandle(KVSTDCONFIG);  // here it opens, and may report
+    if (store == nullptr) return Text::missing;
+    // The copying has no bound but the length told, which must not change in between. Neither call reports.
+    const CDAutoLock unchanged(&store->lock);
+    std::uint32_t length = 0;
+    if (kvCFGValueString(KVSTDCONFIG, key, name, nullptr, &length, 0) == 0xFFFFFFFF) return Text::missing;
+    if (length >= sizeof szLogName) return Text::tooLong;
+    return kvCFGValueString(KVSTDCONFIG, key, name, szLogName, &length, 0) == 0 ? Text::read : Text::missing;
+}
+
+void writeLogName() {
+    std::uint32_t length = 0;
+    kvCFGValueString(KVSTDCONFIG, kDebugKey, kLogName, szLogName, &length, 1);
+}
+
+void adoptLogName() { border::copyText(gszLogName, sizeof gszLogName, szLogName); }
+
+/// A name that is not absolute is wiped from the settings as well. Meant. So is one that is too long.
+void readConfiguredName() {
+    if (readLogName(kDebugKey, kLogName) == Text::missing) {
+        border::copyText(szLogName, sizeof szLogName, ".");
+        writeLogName();
+        return;
+    }
+    const std::string_view name = szLogName;
+    if (name.size() < kShortestLogName || !name.starts_with('/')) {
+        szLogName[0] = '\0';
+        writeLogName();
+    }
+    adoptLogName();
+}
+
+/// A path too long for the name of a file in it is as good as none.
+void readServerName() {
+    const bool found = readLogName(kServerKey, "Path") == Text::read;
+    if (found && border::appendText(szLogName, sizeof szLogName, kLogInServer)) {
+        writeLogName();
+        kvCFGSave(KVSTDCONFIG, nullptr, 0);
+    } else {
+        szLogName[0] = '\0';
+    }
+    adoptLogName();
+}
+
+}  // namespace
+}  // namespace kv::diag
+
 char* _ReadRegSettings(void) {
+    for (const auto& one : kv::diag::kSwitches) kv::diag::readSwitch(one);
+    kv::diag::readConfiguredName();
+    if (gszLogName[0] == '\0') kv::diag::readServerName();
     kv::border::relaxedStore(gfReadReg, 1u);
     return gszLogName;
 }

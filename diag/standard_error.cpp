@@ -7,6 +7,7 @@
 
 #include "border/guard.h"
 #include "border/relaxed.h"
+#include "diag/format.h"
 #include "errlog.h"
 
 std::uint32_t gdwOutputToStdDebug = 1;
@@ -25,7 +26,7 @@ std::uint32_t _DbgOut(const char* pFormat, ...) {
     char text[1024];
     va_list arguments;
     va_start(arguments, pFormat);
-    std::vsnprintf(text, sizeof text, pFormat, arguments);
+    kv::diag::formatMessage(text, sizeof text, pFormat, arguments);
     va_end(arguments);
     kv::diag::toStandardError(text);
     return 0;

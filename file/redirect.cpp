@@ -1,14 +1,18 @@
 // The one redirect, which the calls by name apply to their path first.
 //
 // Both texts must be set for it to happen, and only the first match at the start of the path counts: the result is
-// never matched again.
+// never matched again. The settings are asked for them once, by the first call that finds the default store open; no
+// call opens it for that.
 #include "file/redirect.h"
 
+#include <atomic>
+#include <cstdlib>
 #include <string_view>
 
 #include "border/relaxed.h"
 #include "border/text.h"
 #include "file/null_argument.h"
+#include "kvcfg.h"
 #include "kvos/locator.h"
 
 char* gszReDir_Source = nullptr;
@@ -23,9 +27,60 @@ struct Redirect {
     bool isSet() const { return source != nullptr && newDir != nullptr; }
 };
 
-/// The two texts as the host has set them.
+constexpr const char* kKey = "MediaKiln\\Advanced";
+
+enum class Loading { notYet, underWay, done };
+std::atomic<Loading> loading{Loading::notYet};
+
+/// The text of a setting, from malloc; null for a missing or empty one.
+char* textOf(KVTiXmlConfig* settings, const char* name) noexcept {
+    // The copying has no bound but the length told, which must not change in between.
+    const CDAutoLock unchanged(&settings->lock);
+    std::uint32_t length = 0;
+    const std::uint32_t size = kvCFGValueString(settings, kKey, name, nullptr, &length, 0);
+    if (size == 0 || size == 0xFFFFFFFF) return nullptr;
+    auto* const text = static_cast<char*>(std::malloc(std::size_t{size} + 1));
+    if (text == nullptr) return nullptr;
+    text[0] = '\0';
+    kvCFGValueString(settings, kKey, name, text, &length, 0);
+    return text;
+}
+
+/// Publishes a text with what it holds.
+void store(char*& variable, char* text) noexcept { std::atomic_ref(variable).store(text, std::memory_order_release); }
+
+/// A host's own texts are replaced and stay the host's. Meant: a replacement that was set before costs the source that
+/// was just read, so that there is no redirect.
+void loadTexts(KVTiXmlConfig* settings) noexcept {
+    char* const source = textOf(settings, "ReDir_Source");
+    if (source != nullptr) store(gszReDir_Source, source);
+    char* const newDir = textOf(settings, "ReDir_NewDir");
+    if (newDir == nullptr) return;
+    if (border::relaxedLoad(gszReDir_NewDir) != nullptr) {
+        store(gszReDir_Source, nullptr);
+        std::free(source);
+    }
+    store(gszReDir_NewDir, newDir);
+}
+
+/// Meant: what is set in the store after the first call is not seen. Other threads do not wait for the one that reads:
+/// it waits for the store, and they may hold what the store's user wants.
+void loadOnce() noexcept {
+    if (loading.load(std::memory_order_relaxed) == Loading::done) return;
+    // One handle for all: KVSTDCONFIG would open a store anew that is closed meanwhile.
+    KVTiXmlConfig* const settings = kvCFGDefaultIfOpen();
+    if (settings == nullptr) return;
+    Loading before = Loading::notYet;
+    if (!loading.compare_exchange_strong(before, Loading::underWay)) return;
+    loadTexts(settings);
+    loading.store(Loading::done);
+}
+
+char* acquired(char*& variable) noexcept { return std::atomic_ref(variable).load(std::memory_order_acquire); }
+
 Redirect currentRedirect() noexcept {
-    return {border::relaxedLoad(gszReDir_Source), border::relaxedLoad(gszReDir_NewDir)};
+    loadOnce();
+    return {acquired(gszReDir_Source), acquired(gszReDir_NewDir)};
 }
 
 }  // namespace

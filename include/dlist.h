@@ -71,7 +71,11 @@ KVUTIL_API uint32_t d_ListInit(d_List *pList);
  */
 KVUTIL_API uint32_t d_ListClose(d_List *pList);
 
-/** Takes the list's lock, which is recursive: calls of the same thread pass. Returns 1, or 0 when refused. */
+/**
+ * Takes the list's lock, which is recursive: calls of the same thread pass.
+ *
+ * @return 1; 0 when refused, the lock then not being held: also when ErrLogClose ended gErrLogList during the wait.
+ */
 KVUTIL_API uint32_t d_ListLock(d_List *pList);
 
 /**

@@ -52,7 +52,11 @@ uint32_t d_ListClose(d_List* pList) {
 uint32_t d_ListLock(d_List* pList) {
     if (!lists::isUsable(pList)) return 0;
     kvOSEnterCriticalSection(&pList->lock);
-    return 1;
+    // A lock that outlives its list, as that of gErrLogList, may be got when the list has ended; d_ListUnLock would
+    // refuse to give it back.
+    if (lists::isUsable(pList)) return 1;
+    kvOSLeaveCriticalSection(&pList->lock);
+    return 0;
 }
 
 uint32_t d_ListUnLock(d_List* pList) {

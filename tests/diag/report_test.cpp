@@ -104,6 +104,7 @@ TEST(Report, MissingTextIsReplaced) {
 }
 
 TEST(Report, GeneralReportOfAnErrorTakesTheBoxOnlyWhenBothSwitchesSaySo) {
+    _ReadRegSettings();  // the first report would, and set the switches back
     gfUseErrorBox = 1;
     EXPECT_EQ(messageOf([] { return ErrMsg(kError, "bad", 0, 0, nullptr, 0); }), kBox);
     gfShowErrors = 0;

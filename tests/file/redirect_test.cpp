@@ -5,6 +5,7 @@
 #include <string>
 #include <sys/stat.h>
 
+#include "kvcfg.h"
 #include "kvos/attributes.h"
 #include "kvos/file.h"
 #include "kvos/locator.h"
@@ -157,4 +158,68 @@ TEST_F(Redirect, ADirectoryRemovalRedirectsTwice) {
     EXPECT_EQ(kvOSRemoveDirectory((scratch / "once").c_str()), 1u);
     EXPECT_TRUE(std::filesystem::exists(scratch / "in/once"));
     EXPECT_FALSE(std::filesystem::exists(scratch / "in/in/once"));
+}
+
+// ---- from the settings -------------------------------------------------------------------------------------------
+
+namespace {
+
+class RedirectFromSettings : public ::testing::Test {
+protected:
+    static void set(const char* name, std::string text) {
+        std::uint32_t length = 0;
+        kvCFGValueString(KVSTDCONFIG, "MediaKiln\\Advanced", name, text.data(), &length, 1);
+    }
+};
+
+}  // namespace
+
+TEST_F(RedirectFromSettings, NoCallOpensTheStoreForIt) {
+    EXPECT_EQ(redirect("/vol1/a"), "/vol1/a");
+    EXPECT_EQ(kvCFGKVSTDCONFIGIsOpen(), 0u);
+}
+
+TEST_F(RedirectFromSettings, IsReadByTheFirstCallAfterTheStoreWasOpened) {
+    EXPECT_EQ(redirect("/vol1/a"), "/vol1/a");
+    set("ReDir_Source", "/vol1");
+    set("ReDir_NewDir", "/vol2");
+    EXPECT_EQ(redirect("/VOL1/a"), "/vol2/a");
+    EXPECT_STREQ(gszReDir_Source, "/vol1");
+    EXPECT_STREQ(gszReDir_NewDir, "/vol2");
+}
+
+TEST_F(RedirectFromSettings, WhatIsSetLaterIsNotSeenAndWhatWasReadStays) {
+    set("ReDir_Source", "/vol1");
+    EXPECT_EQ(redirect("/vol1/a"), "/vol1/a");  // one of the two is not enough
+    set("ReDir_NewDir", "/vol2");
+    EXPECT_EQ(redirect("/vol1/a"), "/vol1/a");
+    kvCFGClose(KVSTDCONFIG, 0);
+    EXPECT_STREQ(gszReDir_Source, "/vol1");
+    EXPECT_EQ(gszReDir_NewDir, nullptr);
+}
+
+TEST_F(RedirectFromSettings, AHostsSourceIsReplaced) {
+    std::string mine = "/mine";
+    gszReDir_Source = mine.data();
+    set("ReDir_Source", "/vol1");
+    set("ReDir_NewDir", "/vol2");
+    EXPECT_EQ(redirect("/vol1/a"), "/vol2/a");
+    EXPECT_EQ(redirect("/mine/a"), "/mine/a");
+}
+
+TEST_F(RedirectFromSettings, AHostsReplacementCostsTheSourceThatWasRead) {
+    std::string mine = "/mine";
+    gszReDir_NewDir = mine.data();
+    set("ReDir_Source", "/vol1");
+    set("ReDir_NewDir", "/vol2");
+    EXPECT_EQ(redirect("/vol1/a"), "/vol1/a");
+    EXPECT_EQ(gszReDir_Source, nullptr);
+    EXPECT_STREQ(gszReDir_NewDir, "/vol2");
+}
+
+TEST_F(RedirectFromSettings, AMissingOneLeavesTheHosts) {
+    std::string mine = "/mine";
+    gszReDir_NewDir = mine.data();
+    set("ReDir_Source", "/vol1");
+    EXPECT_EQ(redirect("/vol1/a"), "/mine/a");
 }
