@@ -22,10 +22,10 @@ using Chosen = std::function<Exit()>;
 /// Adds one command to the parser; when it is the one that was asked for, `chosen` is what it does.
 using Declare = void(CLI::App& app, Chosen& chosen);
 
-Declare declareCat, declareLs, declareMkdir, declarePut, declareRm, declareSplit, declareStat;
+Declare declareCat, declareCfg, declareLog, declareLs, declareMkdir, declarePut, declareRm, declareSplit, declareStat;
 
 /// In the order in which help lists them.
-inline constexpr std::array kCommands{declareCat, declarePut,   declareStat, declareLs,
-                                      declareRm,  declareMkdir, declareSplit};
+inline constexpr std::array kCommands{declareCat,   declarePut,   declareStat, declareLs, declareRm,
+                                      declareMkdir, declareSplit, declareCfg,  declareLog};
 
 }  // namespace kv::tool
