@@ -17,7 +17,8 @@ struct Topic {
 constexpr std::array kTopics{
     Topic{"local_reads", kv::bench::measureLocalReads}, Topic{"memory_files", kv::bench::measureMemoryFiles},
     Topic{"copies", kv::bench::measureCopies},          Topic{"enumeration", kv::bench::measureEnumeration},
-    Topic{"open_close", kv::bench::measureOpenClose},
+    Topic{"open_close", kv::bench::measureOpenClose},   Topic{"reports", kv::bench::measureReports},
+    Topic{"settings", kv::bench::measureSettings},
 };
 
 int printUsage() {

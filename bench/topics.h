@@ -10,5 +10,7 @@ void measureEnumeration(const Scale& scale);
 void measureLocalReads(const Scale& scale);
 void measureMemoryFiles(const Scale& scale);
 void measureOpenClose(const Scale& scale);
+void measureSettings(const Scale& scale);
+void measureReports(const Scale& scale);
 
 }  // namespace kv::bench

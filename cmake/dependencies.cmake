@@ -16,6 +16,7 @@ if(KVUTIL_TESTS)
 endif()
 if(KVUTIL_BENCH)
   find_package(benchmark REQUIRED)
+  find_package(spdlog REQUIRED)
 endif()
 
 # The vendor's signal primitives, where they are installed; without them the C library does the same work.
