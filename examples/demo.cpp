@@ -1,8 +1,8 @@
 // A clip written, read, copied and checked through one set of calls: as a local file, as a file in memory, and as a
-// numbered sequence of files. Ends with 1 if anything came back other than it was written.
+// numbered sequence of files; then the log and the settings. Ends with 1 if anything came back other than it was
+// written.
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <optional>
@@ -11,10 +11,11 @@
 #include <string_view>
 
 #include "demo/clip.h"
+#include "demo/log.h"
 #include "demo/report.h"
 #include "demo/sequence.h"
+#include "demo/settings.h"
 #include "demo/timed_file.h"
-#include "kvos/file.h"
 
 namespace demo {
 namespace {
@@ -113,18 +114,6 @@ void showSequence(const Clip& clip, Report& report) {
     readSequence(clip, report);
 }
 
-void showFailure(const Clip& clip, Report& report) {
-    std::printf("\nOpening a file that is not there sends this message to standard error:\n");
-    std::fflush(stdout);
-    const std::string missing = clip.path("missing.yuv");
-    const std::int64_t handle = kvOSCreateFile(missing.c_str(), KVFILE_READ, 3, nullptr, KVFILE_OPEN_EXISTING, 0, 0);
-    const std::uint32_t error = kvOSGetLastError();
-    std::fputs("\n", stderr);
-    const std::string told = "handle " + std::to_string(handle) + ", last error " + std::to_string(error) + ", " +
-                             std::strerror(static_cast<int>(error));
-    report.line("open missing.yuv", told, handle == KVFILE_INVALID && error == 2);
-}
-
 // ---- arguments and the folder ------------------------------------------------------------------------------------
 
 constexpr const char* kUsage =
@@ -191,7 +180,8 @@ int run(Clip clip) {
     showLocal(clip, report);
     showMemory(clip, report);
     showSequence(clip, report);
-    showFailure(clip, report);
+    showLog(clip, report);
+    showSettings(clip, report);
     return report.conclude();
 }
 

@@ -16,6 +16,10 @@ void Report::heading(const std::string& title) {
     std::printf("\n%-38s %8s %8s %8s  %s\n", title.c_str(), "MiB", "ms", "MiB/s", "checked");
 }
 
+void Report::headingWithoutTransfers(const std::string& title) {
+    std::printf("\n%-65s  %s\n", title.c_str(), "checked");
+}
+
 void Report::line(const std::string& what, std::uint64_t bytes, Seconds time, const std::string& checked, bool ok) {
     const double mebibytes = static_cast<double>(bytes) / kMebibyte;
     const double rate = time.count() > 0 ? mebibytes / time.count() : 0;

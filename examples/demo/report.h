@@ -11,6 +11,7 @@ namespace demo {
 class Report {
 public:
     void heading(const std::string& title);
+    void headingWithoutTransfers(const std::string& title);
     /// One line: what was done, how much of it, how fast, and what was found to be right. `ok` false marks the line
     /// and fails the demonstration.
     void line(const std::string& what, std::uint64_t bytes, Seconds time, const std::string& checked, bool ok);
