@@ -1,4 +1,4 @@
-// Memory: allocation with optional tracking, and one family of copy, zero and set calls.
+// Memory: allocation with optional tracking, one family of copy, zero and set calls, and a copy on several threads.
 //
 // Sizes are bytes. Blocks of one copy do not overlap. Pointers are not null unless a call says so, and destinations
 // hold what they are told to take: the caller's duty, not checked. Every call may be made from any thread, unless it
@@ -11,6 +11,7 @@
 #include "dlist.h"
 #include "kvos/export.h"
 #include "kvos/sync.h"
+#include "kvos/thread.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -233,9 +234,73 @@ KVUTIL_API int32_t ZeroMemoryMMX(void *pDestination, uint64_t qwBytes);
 KVUTIL_API int32_t SetMemoryDword(void *pDestination, uint32_t dwValue, uint64_t qwBytes);
 KVUTIL_API int32_t SetMemoryMMX(void *pDestination, uint32_t dwValue, uint64_t qwBytes);
 
+/* ---- Copy on several threads ---- */
+
+/** One slice of a threaded copy. */
+typedef struct kvOSCopySlice {
+    void *pDestination;
+    const void *pSource;
+    uint32_t dwBytes;
+    uint32_t fDone;         /* set to 1 by the thread that copied the slice */
+    kvOSEventRec *pEvent;   /* auto-reset; signalled when the slice is done */
+    kvOSThreadRec *pThread; /* null where no thread could be started: that slice stays uncopied */
+} kvOSCopySlice;
+
+/** A threaded copy under way. */
+typedef struct kvOSCopyJob {
+    uint32_t dwCount; /* slices in use, 1 or 16 */
+    kvOSCopySlice slices[16];
+} kvOSCopyJob;
+
+/**
+ * Copies a large block on threads of its own: one below 9,125,889 bytes, 16 from there on. The caller may wait, or go
+ * on and collect the job later; until then both blocks have to stay.
+ *
+ * Meant: each of 16 slices has a sixteenth of qwBytes, rounded down, so that up to 15 bytes at the end stay uncopied.
+ * Below 1 MiB the copy is done on the calling thread, to the last byte, and qwLimit is not looked at. A slice whose
+ * thread can't be started stays uncopied, and is waited for in vain; nothing tells.
+ *
+ * A copy for whose record or events there is no memory, and one of 64 GiB or more, is done on the calling thread as a
+ * whole, up to qwLimit.
+ *
+ * @param qwLimit  bytes of the destination. A slice that would pass it is cut there; one wholly behind it is empty.
+ * @param fWait    not 0: returns when all is copied, as kvOSCopyMemoryThreadedComplete does.
+ * @return the job, to be handed to kvOSCopyMemoryThreadedComplete exactly once; null when there is none to collect.
+ *
+ * Messages: those of KVAlloc.
+ */
+KVUTIL_API kvOSCopyJob *kvOSCopyMemoryThreaded(void *pDestination, const void *pSource, uint64_t qwBytes,
+                                               uint64_t qwLimit, uint32_t fWait);
+
+/**
+ * Waits until a threaded copy is done, and frees the job.
+ *
+ * Meant: it gives up after 100 seconds in which no slice ended, counted over all slices, and returns 1 all the same.
+ * What was not collected by then stays as it is, events and threads; the job is freed unless a thread still needs it.
+ *
+ * @param pJob  null does nothing. Not to be used afterwards.
+ * @return 1.
+ *
+ * Threads: any, not only the one that began the copy.
+ */
+KVUTIL_API uint32_t kvOSCopyMemoryThreadedComplete(kvOSCopyJob *pJob);
+
+/**
+ * The body of a slice's thread: copies as kvOSCopyMemory, sets fDone, signals the event and ends the thread it runs on,
+ * by kvOSExitThread. It does not return.
+ *
+ * @param pSlice  a kvOSCopySlice; nothing of it is used once fDone is set.
+ */
+KVUTIL_API void *_kvOSCopyThread(void *pSlice);
+
 #ifdef __cplusplus
 }
 
+static_assert(sizeof(void *) != 8 || (offsetof(kvOSCopySlice, pSource) == 8 && offsetof(kvOSCopySlice, dwBytes) == 16 &&
+                                      offsetof(kvOSCopySlice, fDone) == 20 && offsetof(kvOSCopySlice, pEvent) == 24 &&
+                                      offsetof(kvOSCopySlice, pThread) == 32 && sizeof(kvOSCopySlice) == 40 &&
+                                      offsetof(kvOSCopyJob, slices) == 8 && sizeof(kvOSCopyJob) == 648),
+              "the fields of a threaded copy follow each other in the stated order");
 static_assert(sizeof(void *) != 8 ||
                   (offsetof(kvMemRecord, node) == 0 && offsetof(kvMemRecord, block) == 24 &&
                    offsetof(kvMemRecord, size) == 32 && offsetof(kvMemRecord, tag) == 40 && sizeof(kvMemRecord) == 104),

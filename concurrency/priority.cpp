@@ -1,0 +1,118 @@
+// Priorities: classes of the process as nice values, and threads by the share of a policy's range.
+//
+// A share is computed in whole numbers, both ways rounded towards the lowest priority: only some values come back as
+// they were set.
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <pthread.h>
+#include <sched.h>
+#include <sys/resource.h>
+
+#include "border/relaxed.h"
+#include "concurrency/record.h"
+#include "errlog.h"
+#include "kvos/thread.h"
+#include "platform/thread_policy.h"
+
+namespace kv::concurrency {
+namespace {
+
+/// By class / 32 - 2: idle (64) first, high (128), real time (256) last.
+constexpr std::array<int, 7> kNiceValues{18, 0, -10, 0, 0, 0, -18};
+
+int niceValueOf(std::uint32_t priorityClass) {
+    if (priorityClass % 32 != 0 || priorityClass < 64) return 0;
+    const std::size_t row = priorityClass / 32 - 2;
+    return row < kNiceValues.size() ? kNiceValues[row] : 0;
+}
+
+static_assert(KVPRIORITY_CLASS_IDLE / 32 - 2 == 0 && KVPRIORITY_CLASS_REALTIME / 32 - 2 == kNiceValues.size() - 1);
+
+// What a caller calls a priority is -15 to 15: 31 values, 30 steps.
+constexpr std::int64_t kLowest = -15;
+constexpr std::int64_t kSteps = 30;
+constexpr std::int32_t kTimeConstrainedFrom = 5;
+
+struct Range {
+    std::int64_t minimum;
+    std::int64_t maximum;
+};
+
+Range rangeOf(int policy) { return {sched_get_priority_min(policy), sched_get_priority_max(policy)}; }
+
+int priorityAt(std::int32_t share, const Range& range) {
+    return static_cast<int>(range.minimum + (range.maximum - range.minimum) * (share - kLowest) / kSteps);
+}
+
+std::int32_t shareOf(int priority, const Range& range) {
+    const std::int64_t width = range.maximum - range.minimum;
+    if (width == 0) return 0;
+    return static_cast<std::int32_t>(kSteps * (priority - range.minimum) / width + kLowest);
+}
+
+/// Whether there was none to tell. Both calls tell it in the same words.
+bool worked(int error) {
+    if (error == 0) return true;
+    ErrOut("Unable to set thread priority = 0x%08X (%d) ", static_cast<unsigned>(error), error);
+    return false;
+}
+
+/// What the system itself says of a thread that it has forgotten.
+bool isGone(kvOSThreadRec& thread) { return border::relaxedLoad(thread.fReleased) != 0; }
+
+int setPriority(kvOSThreadRec& thread, std::int32_t share) {
+    if (isGone(thread)) return ESRCH;
+    if (share < kLowest || share > kLowest + kSteps) return EINVAL;
+    if (share >= kTimeConstrainedFrom) platform::setTimeConstraint(thread.thread);
+    const int policy = platform::systemPolicy(border::relaxedLoad(nProcessPolicy));
+    sched_param parameters{};
+    parameters.sched_priority = priorityAt(share, rangeOf(policy));
+    return pthread_setschedparam(thread.thread, policy, &parameters);
+}
+
+}  // namespace
+}  // namespace kv::concurrency
+
+namespace concurrency = kv::concurrency;
+
+int32_t nProcessPolicy = kv::platform::kFirstInFirstOut;
+
+uint32_t kvOSSetPriorityClass(int32_t /*nProcess*/, uint32_t dwClass) {
+    errno = 0;
+    // -1 alone tells nothing.
+    if (setpriority(PRIO_PROCESS, 0, concurrency::niceValueOf(dwClass)) != -1 || errno == 0) return 1;
+    const int error = errno;
+    ErrOut("Unable to set priority class 0x%08X = 0x%08X (%d) ", dwClass, static_cast<unsigned>(error), error);
+    return 0;
+}
+
+uint32_t kvOSGetPriorityClass(int32_t nProcess) {
+    const int nice = getpriority(PRIO_PROCESS, static_cast<id_t>(nProcess));
+    if (nice > 17) return KVPRIORITY_CLASS_IDLE;
+    if (nice < -17) return KVPRIORITY_CLASS_REALTIME;
+    if (nice < -9) return KVPRIORITY_CLASS_HIGH;
+    return KVPRIORITY_CLASS_NORMAL;
+}
+
+uint32_t kvOSSetThreadPriority(kvOSThreadRec* pThread, int32_t nPriority) {
+    if (!concurrency::isReal(pThread)) return 0;
+    return concurrency::worked(concurrency::setPriority(*pThread, nPriority)) ? 1 : 0;
+}
+
+int32_t kvOSGetThreadPriority(kvOSThreadRec* pThread) {
+    if (!concurrency::isReal(pThread)) return 0;
+    int policy = 0;
+    sched_param parameters{};
+    const int error =
+        concurrency::isGone(*pThread) ? ESRCH : pthread_getschedparam(pThread->thread, &policy, &parameters);
+    if (!concurrency::worked(error)) return 0;
+    return concurrency::shareOf(parameters.sched_priority, concurrency::rangeOf(policy));
+}
+
+uint32_t kvOSSetThreadPriorityBoost(kvOSThreadRec* pThread) { return concurrency::isReal(pThread) ? 1 : 0; }
+
+uint64_t kvOSSetThreadAffinityMask(kvOSThreadRec* pThread, uint64_t qwMask) {
+    return concurrency::isReal(pThread) ? qwMask : 0;
+}

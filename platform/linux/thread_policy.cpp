@@ -1,0 +1,13 @@
+// Scheduling of threads on Linux, which knows no time constraint that a thread could be given from outside: a deadline
+// policy exists, but replaces the priority instead of standing beside it.
+#include "platform/thread_policy.h"
+
+#include <sched.h>
+
+namespace kv::platform {
+
+int systemPolicy(std::int32_t policy) noexcept { return policy == kFirstInFirstOut ? SCHED_FIFO : policy; }
+
+void setTimeConstraint(pthread_t /*thread*/) noexcept {}
+
+}  // namespace kv::platform
