@@ -6,11 +6,12 @@
 #include <cstdint>
 #include <string_view>
 
+#include "border/guard.h"
 #include "border/relaxed.h"
+#include "border/setting.h"
 #include "border/text.h"
 #include "errlog.h"
 #include "kvcfg.h"
-#include "kvos/sync.h"
 
 std::uint32_t gfReadReg = 0;
 std::uint32_t gfShowInfomational = 0;
@@ -71,14 +72,11 @@ enum class Text { missing, tooLong, read };
 /// Reads a text into szLogName, which is otherwise empty, as for a value without text.
 Text readLogName(const char* key, const char* name) {
     szLogName[0] = '\0';
-    KVTiXmlConfig* const store = kvCFGCheckHandle(KVSTDCONFIG);  // here it opens, and may report
-    if (store == nullptr) return Text::missing;
-    // The copying has no bound but the length told, which must not change in between. Neither call reports.
-    const CDAutoLock unchanged(&store->lock);
-    std::uint32_t length = 0;
-    if (kvCFGValueString(KVSTDCONFIG, key, name, nullptr, &length, 0) == 0xFFFFFFFF) return Text::missing;
-    if (length >= sizeof szLogName) return Text::tooLong;
-    return kvCFGValueString(KVSTDCONFIG, key, name, szLogName, &length, 0) == 0 ? Text::read : Text::missing;
+    return border::atBorder(Text::missing, [&] {
+        const auto text = border::storedText(KVSTDCONFIG, key, name);
+        if (!text) return Text::missing;
+        return border::copyText(szLogName, sizeof szLogName, *text) ? Text::read : Text::tooLong;
+    });
 }
 
 void writeLogName() {

@@ -7,9 +7,12 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <cstring>
 #include <string_view>
 
+#include "border/guard.h"
 #include "border/relaxed.h"
+#include "border/setting.h"
 #include "border/text.h"
 #include "file/null_argument.h"
 #include "kvcfg.h"
@@ -34,16 +37,10 @@ std::atomic<Loading> loading{Loading::notYet};
 
 /// The text of a setting, from malloc; null for a missing or empty one.
 char* textOf(KVTiXmlConfig* settings, const char* name) noexcept {
-    // The copying has no bound but the length told, which must not change in between.
-    const CDAutoLock unchanged(&settings->lock);
-    std::uint32_t length = 0;
-    const std::uint32_t size = kvCFGValueString(settings, kKey, name, nullptr, &length, 0);
-    if (size == 0 || size == 0xFFFFFFFF) return nullptr;
-    auto* const text = static_cast<char*>(std::malloc(std::size_t{size} + 1));
-    if (text == nullptr) return nullptr;
-    text[0] = '\0';
-    kvCFGValueString(settings, kKey, name, text, &length, 0);
-    return text;
+    return border::atBorder<char*>(nullptr, [&]() -> char* {
+        const auto text = border::storedText(settings, kKey, name);
+        return text && !text->empty() ? strdup(text->c_str()) : nullptr;
+    });
 }
 
 /// Publishes a text with what it holds.
