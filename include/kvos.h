@@ -29,8 +29,12 @@
 #include "kvos/locator.h"
 #include "kvos/memory.h"
 #include "kvos/naming.h"
+#include "kvos/rest.h"
 #include "kvos/sync.h"
+#include "kvos/system.h"
 #include "kvos/text.h"
+#include "kvos/thread.h"
 #include "kvos/time.h"
+#include "kvos/url.h"
 
 #endif

@@ -64,8 +64,11 @@ typedef struct kvOSOverlapped {
  *
  * Last error: errno as the system left it; 2 for a null path.
  * Messages:   "kvOSCreateFile(%s,...)-FAIL=..." for every failed local open, a missing file included, and for a path
- *             that is too long, which it shows cut; "Error: opening <%s> " for a URL; "Writing <%d> being open for
- *             write with write share enabled!" for shared writing; none for an empty path.
+ *             that is too long, which it shows cut; "Error: opening <%s> " for a URL, and there "Unable to open oauth
+ *             file <%s>", those of kvOSOAuthAuthorize, and of a redirect that was not followed "\nRedirect return,
+ *             likely your token authentication is not setup properly, so it is attempting a oath2 redirect\n" with
+ *             the headers; "Writing <%d> being open for write with write share enabled!" for shared writing; none for
+ *             an empty path.
  * Threads:    may be called from any thread. A handle belongs to one thread at a time.
  */
 KVUTIL_API int64_t kvOSCreateFile(const char *path, uint32_t dwAccess, uint32_t dwShare, void *pSecurity,
@@ -117,7 +120,8 @@ KVUTIL_API uint32_t kvOSCloseFile(int64_t hFile);
  * @param pdwRead      receives the bytes read; may be null on local and memory files. On a local file, bytes that came
  *                     before an error are counted and the read succeeds; without a count it fails.
  * @param pOverlapped  null, or a record whose qwOffset is used.
- * @return 1, or 0. On a local file at its end: 0 bytes, and 1. On a memory file at its end: 0 bytes, and 0; meant.
+ * @return 1, or 0. On a local file at its end: 0 bytes, and 1. On a memory file or a URL at its end: 0; meant. Meant:
+ *         a read of less than 1 MiB from a URL counts what was wanted, with zeros for what did not come.
  *         Meant: a count of 0xFFFFFFFF is refused like an invalid handle.
  *
  * Last error: errno of the failed read; as it was at the end of a memory file.
@@ -132,11 +136,16 @@ KVUTIL_API uint32_t kvOSReadFile(int64_t hFile, void *pBuffer, uint32_t dwCount,
  *
  * A memory file grows without limit; a write beyond its end leaves the gap as whatever the buffer holds. On a local
  * file the bytes may stay in the stream's buffer until kvOSCloseFile, which is then the call that reports a full disk.
+ * On a URL each call is a request, with a zero byte behind the data unless it is JSON ("{" first) by POST or PATCH.
  *
- * @param pBuffer     dwCount bytes; null is refused with EINVAL unless dwCount is 0.
- * @param pdwWritten  receives the bytes written; may be null on local and memory files.
- * @param pOverlapped null, or a record whose qwOffset is used (local files).
- * @return 1, meant also for a short write whose count was asked for; 0 when nothing could be written.
+ * @param pBuffer     dwCount bytes; null is refused with EINVAL unless dwCount is 0. Meant: of a URL, the answer
+ * replaces them as far as there is room.
+ * @param pdwWritten  receives the bytes written; may be null on local and memory files. On a URL it is input as well,
+ *                    the room of pBuffer for the answer or 0 for none, and receives what was sent or came.
+ * @param pOverlapped null, or a record whose qwOffset is used (local files). Meant: on a URL a text in its place, which
+ *                    begins with "POST" or "PATCH" in any case; null sends a PUT, which needs KVFILE_WRITE.
+ * @return 1, meant also for a short write whose count was asked for, and for a POST or PATCH whatever the status; 0
+ * when nothing could be written.
  *
  * Last error: errno of the failed write. On a memory file EINVAL after a refused seek, EFBIG or ENOMEM without room.
  * Messages:   "kvOSWriteFile(INVALID_HANDLE_VALUE) " for the handles 0 and -1; "ERROR(kvFile): kvOSWriteFile(%d
