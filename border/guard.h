@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <concepts>
+#include <exception>
 #include <utility>
 
 namespace kv::border {
@@ -17,6 +18,19 @@ Result atBorder(Result failure, Body&& body) noexcept {
         return std::forward<Body>(body)();
     } catch (...) {
         return failure;  // errno stays as the failing call left it
+    }
+}
+
+/// The same for a call that tells what ended it: `tell` gets the exception's text.
+template <class Result, std::invocable Body, std::invocable<const char*> Tell>
+Result atBorder(Result failure, Body&& body, Tell&& tell) noexcept {
+    try {
+        return std::forward<Body>(body)();
+    } catch (const std::exception& error) {
+        tell(error.what());
+        return failure;
+    } catch (...) {
+        return failure;
     }
 }
 

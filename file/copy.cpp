@@ -5,9 +5,9 @@
 #include "kvos/copy.h"
 
 #include <memory>
-#include <new>
 
 #include "border/guard.h"
+#include "file/copied.h"
 #include "kvos/attributes.h"
 #include "kvos/file.h"
 
@@ -15,41 +15,6 @@ namespace kv::file {
 namespace {
 
 constexpr std::uint32_t kBlock = 1 << 20;
-constexpr std::uint32_t kUnbuffered = 0x20000000;
-
-/// A handle that is closed at the latest with its scope.
-class Copied {
-public:
-    explicit Copied(std::int64_t handle) : handle_(handle) {}
-    ~Copied() {
-        const border::KeepErrno keep;
-        close();
-    }
-    Copied(const Copied&) = delete;
-    Copied& operator=(const Copied&) = delete;
-
-    bool isOpen() const { return handle_ != KVFILE_INVALID && handle_ != 0; }
-    std::int64_t handle() const { return handle_; }
-    bool close() {
-        const std::int64_t handle = handle_;
-        handle_ = KVFILE_INVALID;
-        return handle == KVFILE_INVALID || handle == 0 || kvOSCloseFile(handle) != 0;
-    }
-
-private:
-    std::int64_t handle_;
-};
-
-bool writeBlock(std::int64_t file, const char* block, std::uint32_t count) {
-    std::uint32_t written = 0;
-    return kvOSWriteFile(file, block, count, &written, nullptr) != 0 && written == count;
-}
-
-bool writeTail(const char* path, std::int64_t offset, const char* block, std::uint32_t count) {
-    Copied destination(kvOSCreateFile(path, KVFILE_WRITE, 1, nullptr, KVFILE_OPEN_EXISTING, 0, 0));
-    if (!destination.isOpen() || kvOSSeek(destination.handle(), offset) == -1) return false;
-    return writeBlock(destination.handle(), block, count) && destination.close();
-}
 
 std::uint32_t copyBlocks(std::int64_t source, std::int64_t destination, const char* path) {
     const std::unique_ptr<char[]> block(new char[kBlock]);
@@ -80,5 +45,5 @@ std::uint32_t copy(const char* from, const char* to, bool failIfExists) {
 
 extern "C" uint32_t kvOSCopyFile(const char* pSource, const char* pDestination, uint32_t fFailIfExists) {
     if (pSource == nullptr || pDestination == nullptr) return 0;
-    return kv::border::atBorder(0u, [&] { return kv::file::copy(pSource, pDestination, fFailIfExists != 0); });
+    return kv::file::copyAtBorder(0u, [&] { return kv::file::copy(pSource, pDestination, fFailIfExists != 0); });
 }

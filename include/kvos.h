@@ -29,6 +29,7 @@
 #include "kvos/locator.h"
 #include "kvos/memory.h"
 #include "kvos/naming.h"
+#include "kvos/playlist.h"
 #include "kvos/rest.h"
 #include "kvos/sync.h"
 #include "kvos/system.h"

@@ -43,6 +43,23 @@ TEST(Guard, LeavesErrnoAsTheBodyLeftIt) {
     EXPECT_EQ(errno, EACCES);
 }
 
+TEST(Guard, TellsWhatItCaughtWhenAsked) {
+    std::string told;
+    const auto tell = [&told](const char* what) { told += what; };
+    EXPECT_EQ(atBorder(
+                  -1, [] { return 7; }, tell),
+              7);
+    EXPECT_EQ(told, "");
+    EXPECT_EQ(atBorder(
+                  -1, []() -> int { throw std::runtime_error("x"); }, tell),
+              -1);
+    EXPECT_EQ(told, "x");
+    EXPECT_EQ(atBorder(
+                  -2, []() -> int { throw 5; }, tell),
+              -2);  // which has no text
+    EXPECT_EQ(told, "x");
+}
+
 TEST(Guard, UnwindsWhatTheBodyHeld) {
     bool gone = false;
     struct Held {

@@ -1,0 +1,67 @@
+// What the copying calls share: handles that close themselves, whole writes, and the message of an exception.
+#pragma once
+
+#include <cstdint>
+#include <utility>
+
+#include "border/guard.h"
+#include "errlog.h"
+#include "kvos/file.h"
+
+namespace kv::file {
+
+/// Handed to the opens of a copy, which then go without it for a last block that is no whole one.
+inline constexpr std::uint32_t kUnbuffered = 0x20000000;
+
+inline constexpr std::uint32_t kShareAll = 7;
+
+/// A handle that is closed at the latest with its scope.
+class Copied {
+public:
+    explicit Copied(std::int64_t handle) : handle_(handle) {}
+    ~Copied() {
+        const border::KeepErrno keep;
+        close();
+    }
+    Copied(const Copied&) = delete;
+    Copied& operator=(const Copied&) = delete;
+
+    bool isOpen() const { return handle_ != KVFILE_INVALID && handle_ != 0; }
+    std::int64_t handle() const { return handle_; }
+    /// False if the data may not have arrived. A second call does nothing and says true.
+    bool close() {
+        if (!isOpen()) return true;
+        return kvOSCloseFile(std::exchange(handle_, KVFILE_INVALID)) != 0;
+    }
+
+private:
+    std::int64_t handle_;
+};
+
+/// A short write succeeds for the file layer, so the count decides.
+inline bool writeBlock(std::int64_t file, const void* block, std::uint32_t count) {
+    std::uint32_t written = 0;
+    return kvOSWriteFile(file, block, count, &written, nullptr) != 0 && written == count;
+}
+
+/// Writes at an offset through an open of its own.
+inline bool writeTail(const char* path, std::int64_t offset, const void* block, std::uint32_t count) {
+    Copied destination(kvOSCreateFile(path, KVFILE_WRITE, 1, nullptr, KVFILE_OPEN_EXISTING, 0, 0));
+    if (!destination.isOpen() || kvOSSeek(destination.handle(), offset) == -1) return false;
+    return writeBlock(destination.handle(), block, count) && destination.close();
+}
+
+/// How far a copy is, in thousandths. `all` is not 0; no copy moves as many bytes as would overflow.
+inline std::uint32_t permilleOf(std::uint64_t done, std::uint64_t all) {
+    return static_cast<std::uint32_t>(done * 1000 / all);
+}
+
+/// The guard of these calls, which tells what it caught.
+template <class Result, class Body>
+Result copyAtBorder(Result failure, Body&& body) noexcept {
+    return border::atBorder(failure, std::forward<Body>(body), [](const char* what) {
+        ErrFmtOut(KVERR_CLASS_WARNING, nullptr, 0, "WARNING(kvCopyFile): %s\n\r", what);
+    });
+}
+
+}  // namespace kv::file
