@@ -1,6 +1,7 @@
 // kv put.
 #include <string>
 
+#include "servers/nginx.h"
 #include "support/scratch.h"
 #include "tools/run_kv.h"
 
@@ -70,6 +71,25 @@ TEST(Put, AFileInMemoryTakesTheBytesAndItIsSaidThatTheyAreGone) {
     EXPECT_EQ(run.exit, 0);
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.err, "kv: 'MEM://clip' took 2.0 KiB and is gone: a file in memory ends with the command\n");
+}
+
+TEST(PutOnServer, SendsExactlyTheBytes) {
+    const Nginx server;
+    for (const std::string& content : {std::string(), everyByte(), std::string((std::size_t{5} << 19) + 7, 'x')}) {
+        const Outcome run = runKv({"put", server.url("/dav/clip")}, {.in = content});
+        EXPECT_EQ(run.exit, 0);
+        EXPECT_EQ(run.err, "");
+        EXPECT_TRUE(contentOf(server.root() + "/clip") == content) << content.size();
+    }
+}
+
+TEST(PutOnServer, WhatTheServerDoesNotTakeIsTold) {
+    const Nginx server;
+    const Outcome run = runKv({"put", server.url("/clip")}, {.in = "x"});
+    EXPECT_EQ(run.exit, 1);
+    EXPECT_NE(run.err, "");
+    EXPECT_EQ(runKv({"put", "ftp://host.invalid/x"}, {.in = "x"}).err,
+              "kv: cannot write 'ftp://host.invalid/x': only HTTP servers and disks can be written to\n");
 }
 
 }  // namespace

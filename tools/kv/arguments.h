@@ -17,17 +17,22 @@ std::vector<std::string> markedArguments(int argc, char** argv);
 /// An argument without its mark.
 std::string unmarked(std::string argument);
 
-/// Adds a required positional argument: a text, or a vector of texts for one or more.
+/// Adds an option that takes a text of any form: a text, or a vector of texts for one that may be given several times.
 template <class Target>
-void addPositional(CLI::App& command, const std::string& name, Target& target, const std::string& help) {
-    command.add_option(name, target, help)
-        ->required()
+CLI::Option* addText(CLI::App& command, const std::string& name, Target& target, const std::string& help) {
+    return command.add_option(name, target, help)
         ->transform(CLI::Validator(
             [](std::string& argument) {
                 argument = unmarked(argument);
                 return std::string();
             },
             ""));
+}
+
+/// Adds a required positional argument: a text, or a vector of texts for one or more.
+template <class Target>
+CLI::Option* addPositional(CLI::App& command, const std::string& name, Target& target, const std::string& help) {
+    return addText(command, name, target, help)->required();
 }
 
 }  // namespace kv::tool

@@ -1,39 +1,25 @@
 // kv cat: a file to standard output.
-#include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "kv/arguments.h"
 #include "kv/commands.h"
-#include "kv/complaint.h"
-#include "kv/open_file.h"
+#include "kv/source.h"
 #include "kv/standard_streams.h"
-#include "kvos/file.h"
 
 namespace kv::tool {
 namespace {
 
 Exit cat(const std::string& locator) {
-    const OpenFile file = OpenFile::forReading(locator);
-    if (!file.isOpen()) {
-        complainOf("open", locator);
-        return Exit::failed;
-    }
-    std::vector<char> block(kBlockSize);
+    auto source = Source::open(locator);
+    if (!source) return Exit::failed;
     for (;;) {
-        std::uint32_t got = 0;
-        kvOSSetLastError(0);
-        const bool read = kvOSReadFile(file.handle(), block.data(), kBlockSize, &got, nullptr) != 0;
-        // At its end a local file reads nothing and succeeds, every other kind fails: only this tells it from a fault.
-        if (!read && kvOSfeof(file.handle()) == 0) {
-            complainOf("read", locator);
-            return Exit::failed;
-        }
-        if (got == 0) return Exit::ok;
-        const Exit written = writeOut({block.data(), got});
+        const auto block = source->next();
+        if (!block) return Exit::failed;
+        if (block->empty()) return Exit::ok;
+        const Exit written = writeOut({block->data(), block->size()});
         if (written != Exit::ok) return written;
     }
 }

@@ -22,10 +22,12 @@ using Chosen = std::function<Exit()>;
 /// Adds one command to the parser; when it is the one that was asked for, `chosen` is what it does.
 using Declare = void(CLI::App& app, Chosen& chosen);
 
-Declare declareCat, declareCfg, declareLog, declareLs, declareMkdir, declarePut, declareRm, declareSplit, declareStat;
+Declare declareCat, declareCfg, declareCp, declareCut, declareLog, declareLs, declareM3u8, declareMkdir, declareMv,
+    declarePut, declareRest, declareRm, declareSplit, declareStat, declareVerify;
 
 /// In the order in which help lists them.
-inline constexpr std::array kCommands{declareCat,   declarePut,   declareStat, declareLs, declareRm,
-                                      declareMkdir, declareSplit, declareCfg,  declareLog};
+inline constexpr std::array kCommands{declareCat,    declarePut,  declareCp,  declareMv,  declareCut,
+                                      declareVerify, declareStat, declareLs,  declareRm,  declareMkdir,
+                                      declareSplit,  declareM3u8, declareCfg, declareLog, declareRest};
 
 }  // namespace kv::tool

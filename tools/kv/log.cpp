@@ -16,6 +16,7 @@
 #include "kv/arguments.h"
 #include "kv/commands.h"
 #include "kv/complaint.h"
+#include "kv/content.h"
 #include "kv/file_type.h"
 #include "kv/json_text.h"
 #include "kv/log_forms.h"
@@ -40,28 +41,6 @@ struct Request {
 };
 
 // ---- reading -----------------------------------------------------------------------------------------------------
-
-/// All of a file; nothing on failure, which is told.
-std::optional<std::string> contentOf(const std::string& locator) {
-    const OpenFile file = OpenFile::forReading(locator);
-    if (!file.isOpen()) {
-        complainOf("open", locator);
-        return std::nullopt;
-    }
-    std::string content;
-    std::string block(kBlockSize, '\0');
-    for (;;) {
-        std::uint32_t got = 0;
-        kvOSSetLastError(0);
-        const bool read = kvOSReadFile(file.handle(), block.data(), kBlockSize, &got, nullptr) != 0;
-        if (!read && kvOSfeof(file.handle()) == 0) {
-            complainOf("read", locator);
-            return std::nullopt;
-        }
-        if (got == 0) return content;
-        content.append(block, 0, got);
-    }
-}
 
 std::optional<std::vector<LogMessage>> messagesOf(const std::string& locator) {
     const auto content = contentOf(locator);

@@ -17,8 +17,8 @@ namespace kv::tool {
 namespace {
 
 constexpr const char* kAbout =
-    "Reads, writes, lists and names files through one set of calls, wherever they are: local paths, scratch files in "
-    "memory (mem://...).";
+    "Reads, writes, copies, lists and names files through one set of calls, wherever they are: local paths, scratch "
+    "files in memory (mem://...), URLs (http, https, ftp).";
 
 void describe(CLI::App& app, Chosen& chosen) {
     app.name("kv");

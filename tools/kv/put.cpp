@@ -3,6 +3,7 @@
 // The library may hold bytes back until the close, so that the command has succeeded only when the close has.
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <strings.h>
 #include <vector>
@@ -12,8 +13,10 @@
 #include "kv/arguments.h"
 #include "kv/commands.h"
 #include "kv/complaint.h"
+#include "kv/destination.h"
 #include "kv/human_size.h"
 #include "kv/open_file.h"
+#include "kv/redirected.h"
 #include "kv/standard_streams.h"
 #include "kvos/file.h"
 
@@ -29,7 +32,21 @@ bool writeAll(const OpenFile& file, const char* bytes, std::uint32_t count) {
 
 bool isInMemory(const std::string& locator) { return strncasecmp(locator.c_str(), "mem://", 6) == 0; }
 
-Exit put(const std::string& locator) {
+/// A server gets all of it in one request, and is asked whether it has it.
+Exit putOnServer(const std::string& locator) {
+    if (isNoDestination(locator)) return Exit::failed;
+    const auto destination = openDestination({locator, std::nullopt});
+    if (destination == nullptr) return Exit::failed;
+    std::vector<char> block(kBlockSize);
+    for (;;) {
+        const auto got = readIn(block);
+        if (!got) return Exit::failed;
+        if (*got == 0) return destination->finish() ? Exit::ok : Exit::failed;
+        if (!destination->write({block.data(), *got})) return Exit::failed;
+    }
+}
+
+Exit putInFile(const std::string& locator) {
     OpenFile file = OpenFile::forWriting(locator);
     if (!file.isOpen()) {
         complainOf("create", locator);
@@ -57,6 +74,8 @@ Exit put(const std::string& locator) {
     }
     return Exit::ok;
 }
+
+Exit put(const std::string& locator) { return isUrl(locator) ? putOnServer(locator) : putInFile(locator); }
 
 }  // namespace
 
