@@ -15,10 +15,17 @@ struct Topic {
 };
 
 constexpr std::array kTopics{
-    Topic{"local_reads", kv::bench::measureLocalReads}, Topic{"memory_files", kv::bench::measureMemoryFiles},
-    Topic{"copies", kv::bench::measureCopies},          Topic{"enumeration", kv::bench::measureEnumeration},
-    Topic{"open_close", kv::bench::measureOpenClose},   Topic{"reports", kv::bench::measureReports},
+    Topic{"local_reads", kv::bench::measureLocalReads},
+    Topic{"memory_files", kv::bench::measureMemoryFiles},
+    Topic{"copies", kv::bench::measureCopies},
+    Topic{"enumeration", kv::bench::measureEnumeration},
+    Topic{"file_copies", kv::bench::measureFileCopies},
+    Topic{"open_close", kv::bench::measureOpenClose},
+    Topic{"reports", kv::bench::measureReports},
     Topic{"settings", kv::bench::measureSettings},
+    Topic{"events", kv::bench::measureEvents},
+    Topic{"threaded_copy", kv::bench::measureThreadedCopy},
+    Topic{"urls", kv::bench::measureUrls},
 };
 
 int printUsage() {
