@@ -13,8 +13,6 @@
 #include "errlog.h"
 #include "kvos/copy.h"
 
-extern char** environ;
-
 namespace kv::bench {
 namespace {
 

@@ -149,7 +149,8 @@ std::unique_ptr<Destination> openLocal(const NewFile& file) {
     std::error_code error;
     const fs::file_status status = fs::status(redirected(file.locator), error);
     const bool isReplaceable = !fs::exists(status) || fs::is_regular_file(status);
-    return isReplaceable ? openBeside(file) : openDirect(file.locator);
+    if (isReplaceable) return openBeside(file);
+    return openDirect(file.locator);
 }
 
 // ---- servers -----------------------------------------------------------------------------------------------------
@@ -231,9 +232,12 @@ bool isNoDestination(const std::string& locator) {
 }
 
 std::unique_ptr<Destination> openDestination(const NewFile& file) {
-    if (!isUrl(file.locator)) return isObject(file.locator) ? openDirect(file.locator) : openLocal(file);
-    if (isTooLarge(file.size.value_or(0), file.locator)) return nullptr;
-    return std::make_unique<ServerFile>(file.locator);
+    if (isUrl(file.locator)) {
+        if (isTooLarge(file.size.value_or(0), file.locator)) return nullptr;
+        return std::make_unique<ServerFile>(file.locator);
+    }
+    if (isObject(file.locator)) return openDirect(file.locator);
+    return openLocal(file);
 }
 
 }  // namespace kv::tool
