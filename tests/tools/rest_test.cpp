@@ -16,8 +16,8 @@ protected:
         return server.requests().empty() ? Request{} : server.requests().front();
     }
 
+    Answer answer{.body = "answer\n"};  // ahead of the server, whose threads look at it
     ScriptedServer server{[this](const Request&) { return answer; }};
-    Answer answer{.body = "answer\n"};
 };
 
 TEST_F(Rest, ShowsTheAnswerAsItCame) {
