@@ -1,5 +1,7 @@
 // kv rest.
+#include <mutex>
 #include <string>
+#include <utility>
 
 #include "servers/scripted_server.h"
 #include "support/scratch.h"
@@ -16,12 +18,27 @@ protected:
         return server.requests().empty() ? Request{} : server.requests().front();
     }
 
-    Answer answer{.body = "answer\n"};  // ahead of the server, whose threads look at it
-    ScriptedServer server{[this](const Request&) { return answer; }};
+    void answerWith(Answer other) {
+        const std::lock_guard held(lock_);
+        answer_ = std::move(other);
+    }
+
+private:
+    Answer answer() {
+        const std::lock_guard held(lock_);
+        return answer_;
+    }
+
+    // Ahead of the server, whose threads look at them.
+    std::mutex lock_;
+    Answer answer_{.body = "answer\n"};
+
+protected:
+    ScriptedServer server{[this](const Request&) { return answer(); }};
 };
 
 TEST_F(Rest, ShowsTheAnswerAsItCame) {
-    answer.body = everyByte();
+    answerWith({.body = everyByte()});
     const Outcome run = runKv({"rest", "POST", server.url("/a?b=c")});
     EXPECT_EQ(run.exit, 0);
     EXPECT_EQ(run.out, everyByte());
@@ -81,14 +98,14 @@ TEST_F(Rest, ABodyThatIsNotThereIsToldAndNothingSent) {
 }
 
 TEST_F(Rest, ARefusalIsAnAnswer) {
-    answer = {.status = 404, .reason = "Not Found", .body = "no such job\n"};
+    answerWith({.status = 404, .reason = "Not Found", .body = "no such job\n"});
     const Outcome run = runKv({"rest", "DELETE", server.url("/")});
     EXPECT_EQ(run.exit, 0);
     EXPECT_EQ(run.out, "no such job\n");
 }
 
 TEST_F(Rest, AnEmptyAnswerIsOne) {
-    answer = {.status = 204, .reason = "No Content"};
+    answerWith({.status = 204, .reason = "No Content"});
     const Outcome run = runKv({"rest", "POST", server.url("/")});
     EXPECT_EQ(run.exit, 0);
     EXPECT_EQ(run.out, "");
@@ -96,7 +113,7 @@ TEST_F(Rest, AnEmptyAnswerIsOne) {
 }
 
 TEST_F(Rest, AServerThatGivesNoAnswerIsTold) {
-    answer = {.stall = true};
+    answerWith({.stall = true});
     const Outcome run = runKv({"rest", "POST", server.url("/"), "--timeout", "200"});
     EXPECT_EQ(run.exit, 1);
     EXPECT_EQ(run.err, "kv: cannot reach '" + server.url("/") + "': Connection timed out\n");
