@@ -1,6 +1,6 @@
-// A clip written, read, copied and checked through one set of calls: as a local file, as a file in memory, as a numbered
-// sequence of files, and on a web server; then the log and the settings. Ends with 1 if anything came back other than it
-// was written.
+// A clip written, read, copied and checked through one set of calls: as a local file, as a file in memory, as a
+// numbered sequence of files, and on a web server; then the log and the settings. Ends with 1 if anything came back
+// other than it was written.
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
