@@ -78,7 +78,7 @@ Found takeTurns(const Side& ours, const Side& peer, const Scale& scale) {
     const Timing peerFirst = peer.runFor(scale.secondsPerRun());
     const double turnSeconds = oursFirst.seconds() + peerFirst.seconds();
     const int affordable = static_cast<int>(std::min(scale.secondsPerRow() / turnSeconds, 1e6)) | 1;
-    const int turns = std::clamp(affordable, scale.fewestTurns(), scale.mostTurns());
+    const int turns = std::clamp(affordable, scale.fewestTurns(turnSeconds), scale.mostTurns());
     std::vector<double> oursTimes, peerTimes, ratios, differences;
     for (int turn = 0; turn < turns; ++turn) {
         const bool oursBegins = turn % 2 == 0;

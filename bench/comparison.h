@@ -20,7 +20,7 @@ struct Scale {
     double secondsPerRun() const { return 0.01; }
     double secondsPerRow() const { return quick ? 0.2 : 2; }
     /// Turns of a row, as many as its time allows, and always an odd number so that the median is one of them.
-    int fewestTurns() const { return quick ? 5 : 11; }
+    int fewestTurns(double secondsPerTurn) const { return quick || secondsPerTurn > 3 ? 5 : 11; }
     int mostTurns() const { return quick ? 11 : 75; }
 };
 

@@ -96,7 +96,7 @@ void measureFileCopies(const Scale& scale) {
         Table table("file_copies: local files", scale);
         measureSize(table, std::uint64_t{1} << 20);
         measureSize(table, std::uint64_t{64} << 20);
-        if (!scale.quick) measureSize(table, std::uint64_t{512} << 20);
+        if (!scale.quick) measureSize(table, std::uint64_t{4} << 30);
     }
     gdwOutputToStdDebug = 1;
 }
