@@ -14,6 +14,7 @@
 
 #include "bench/delay.h"
 #include "bench/peers/peers.h"
+#include "bench/resident.h"
 #include "bench/topics.h"
 #include "errlog.h"
 #include "kvos/file.h"
@@ -76,16 +77,6 @@ void readByTransfers(const std::string& url, std::uint64_t size, std::uint32_t c
             benchmark::DoNotOptimize(buffer.data());
         }
     }
-}
-
-/// The resident size of this process, in MiB; 0 where the system does not tell.
-double residentMiB() {
-    std::FILE* const file = std::fopen("/proc/self/statm", "r");
-    if (file == nullptr) return 0;
-    unsigned long pages = 0;
-    if (std::fscanf(file, "%*u %lu", &pages) != 1) pages = 0;
-    std::fclose(file);
-    return static_cast<double>(pages) * static_cast<double>(sysconf(_SC_PAGESIZE)) / kMiB;
 }
 
 /// A document of zeros that takes no room on the disk.

@@ -7,11 +7,15 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace kv::bench {
 
 /// A path of GDAL's virtual file systems: "/vsicurl/" and a URL, or "/vsis3/", bucket and key.
 void readByGdal(const std::string& path, std::uint64_t size, std::uint32_t call);
+
+/// The same file read at one place after the other.
+void readPlacesByGdal(const std::string& path, const std::vector<std::uint64_t>& places, std::uint32_t call);
 
 /// libavformat's protocols: "http://...". One answer is read on as a stream, without ranges.
 void readByAvio(const std::string& url, std::uint64_t size, std::uint32_t call);
