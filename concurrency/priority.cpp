@@ -1,7 +1,7 @@
-// Priorities: classes of the process as nice values, and threads by the share of a policy's range.
+// Priorities: classes of the process as nice values, and threads within the range of a policy
+// (concurrency/priority_range.h).
 //
-// A share is computed in whole numbers, both ways rounded towards the lowest priority: only some values come back as
-// they were set.
+// A thread that was joined or detached is answered for as the system would answer, without asking it.
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -11,7 +11,9 @@
 #include <sys/resource.h>
 
 #include "border/relaxed.h"
+#include "concurrency/priority_range.h"
 #include "concurrency/record.h"
+#include "concurrency/thread_id.h"
 #include "errlog.h"
 #include "kvos/thread.h"
 #include "platform/thread_policy.h"
@@ -30,27 +32,7 @@ int niceValueOf(std::uint32_t priorityClass) {
 
 static_assert(KVPRIORITY_CLASS_IDLE / 32 - 2 == 0 && KVPRIORITY_CLASS_REALTIME / 32 - 2 == kNiceValues.size() - 1);
 
-// What a caller calls a priority is -15 to 15: 31 values, 30 steps.
-constexpr std::int64_t kLowest = -15;
-constexpr std::int64_t kSteps = 30;
-constexpr std::int32_t kTimeConstrainedFrom = 5;
-
-struct Range {
-    std::int64_t minimum;
-    std::int64_t maximum;
-};
-
-Range rangeOf(int policy) { return {sched_get_priority_min(policy), sched_get_priority_max(policy)}; }
-
-int priorityAt(std::int32_t share, const Range& range) {
-    return static_cast<int>(range.minimum + (range.maximum - range.minimum) * (share - kLowest) / kSteps);
-}
-
-std::int32_t shareOf(int priority, const Range& range) {
-    const std::int64_t width = range.maximum - range.minimum;
-    if (width == 0) return 0;
-    return static_cast<std::int32_t>(kSteps * (priority - range.minimum) / width + kLowest);
-}
+PriorityRange rangeOf(int policy) { return {sched_get_priority_min(policy), sched_get_priority_max(policy)}; }
 
 /// Whether there was none to tell. Both calls tell it in the same words.
 bool worked(int error) {
@@ -59,17 +41,27 @@ bool worked(int error) {
     return false;
 }
 
-/// What the system itself says of a thread that it has forgotten.
-bool isGone(kvOSThreadRec& thread) { return border::relaxedLoad(thread.fReleased) != 0; }
-
-int setPriority(kvOSThreadRec& thread, std::int32_t share) {
-    if (isGone(thread)) return ESRCH;
-    if (share < kLowest || share > kLowest + kSteps) return EINVAL;
-    if (share >= kTimeConstrainedFrom) platform::setTimeConstraint(thread.thread);
+/// An error number.
+int setPriority(kvOSThreadRec& thread, std::int32_t priority) {
+    const IdUse id(thread);
+    if (!id.isGood()) return ESRCH;
+    if (!isPriority(priority)) return EINVAL;
+    if (isTimeConstrained(priority)) platform::setTimeConstraint(thread.thread);
     const int policy = platform::systemPolicy(border::relaxedLoad(nProcessPolicy));
     sched_param parameters{};
-    parameters.sched_priority = priorityAt(share, rangeOf(policy));
+    parameters.sched_priority = systemPriorityOf(priority, rangeOf(policy));
     return pthread_setschedparam(thread.thread, policy, &parameters);
+}
+
+/// Likewise; 0 for success, with the priority stored.
+int getPriority(kvOSThreadRec& thread, std::int32_t& priority) {
+    const IdUse id(thread);
+    if (!id.isGood()) return ESRCH;
+    int policy = 0;
+    sched_param parameters{};
+    const int error = pthread_getschedparam(thread.thread, &policy, &parameters);
+    if (error == 0) priority = priorityOf(parameters.sched_priority, rangeOf(policy));
+    return error;
 }
 
 }  // namespace
@@ -103,12 +95,8 @@ uint32_t kvOSSetThreadPriority(kvOSThreadRec* pThread, int32_t nPriority) {
 
 int32_t kvOSGetThreadPriority(kvOSThreadRec* pThread) {
     if (!concurrency::isReal(pThread)) return 0;
-    int policy = 0;
-    sched_param parameters{};
-    const int error =
-        concurrency::isGone(*pThread) ? ESRCH : pthread_getschedparam(pThread->thread, &policy, &parameters);
-    if (!concurrency::worked(error)) return 0;
-    return concurrency::shareOf(parameters.sched_priority, concurrency::rangeOf(policy));
+    std::int32_t priority = 0;
+    return concurrency::worked(concurrency::getPriority(*pThread, priority)) ? priority : 0;
 }
 
 uint32_t kvOSSetThreadPriorityBoost(kvOSThreadRec* pThread) { return concurrency::isReal(pThread) ? 1 : 0; }

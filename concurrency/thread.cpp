@@ -1,12 +1,11 @@
 // The life of threads: start, end, and what can be asked in between.
 //
 // Ending a thread unwinds it like an exception, so that the calls which do that stand outside the guard, and none of
-// their frames owns anything. A thread's id is not used after the thread was joined or detached here: the system may
-// have given its memory to another.
+// their frames owns anything. A thread's id is used only as concurrency/thread_id.h allows.
 #include "kvos/thread.h"
 
-#include <atomic>
 #include <cerrno>
+#include <cstddef>
 #include <cstdint>
 #include <pthread.h>
 #include <sched.h>
@@ -16,40 +15,88 @@
 #include "border/guard.h"
 #include "border/relaxed.h"
 #include "concurrency/record.h"
+#include "concurrency/thread_id.h"
 
 namespace kv::concurrency {
 namespace {
 
+class Attributes {
+public:
+    Attributes() : error_(pthread_attr_init(&attributes_)) {}
+    ~Attributes() {
+        if (error_ == 0) pthread_attr_destroy(&attributes_);
+    }
+    Attributes(const Attributes&) = delete;
+    Attributes& operator=(const Attributes&) = delete;
+
+    int error() const { return error_; }
+    const pthread_attr_t* get() const { return &attributes_; }
+
+    std::size_t stackSize() const {
+        std::size_t size = 0;
+        pthread_attr_getstacksize(&attributes_, &size);
+        return size;
+    }
+    /// A size that the system refuses as too small leaves the default.
+    void setStackSize(std::uint64_t size) { pthread_attr_setstacksize(&attributes_, wholePages(size)); }
+
+private:
+    /// Some systems take no others.
+    static std::size_t wholePages(std::uint64_t size) {
+        const auto page = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+        return size > UINT64_MAX - page ? size / page * page : (size + page - 1) / page * page;
+    }
+
+    pthread_attr_t attributes_;
+    int error_;
+};
+
 /// An error number; 0 for success, with the id stored.
 int start(pthread_t& thread, std::uint64_t stackSize, kvOSThreadStart body, void* argument) {
-    pthread_attr_t attributes;
-    if (const int error = pthread_attr_init(&attributes); error != 0) return error;
-    // Refused only as too small, and then the default is more than was asked for.
-    if (stackSize != 0) pthread_attr_setstacksize(&attributes, stackSize);
-    const int error = pthread_create(&thread, &attributes, body, argument);
-    pthread_attr_destroy(&attributes);
-    return error;
+    const Attributes usual;
+    if (stackSize == 0)
+        return usual.error() != 0 ? usual.error() : pthread_create(&thread, usual.get(), body, argument);
+    Attributes asked;
+    if (usual.error() != 0 || asked.error() != 0) return ENOMEM;
+    asked.setStackSize(stackSize);
+    const int error = pthread_create(&thread, asked.get(), body, argument);
+    // Large enough for the system, and too small for what the process wants to have in every thread's stack.
+    const bool isTooSmall = error == EINVAL && asked.stackSize() < usual.stackSize();
+    return isTooSmall ? pthread_create(&thread, usual.get(), body, argument) : error;
 }
 
-/// Whether this call detached it. The id is not used again, nor the record by a thread that detaches itself: from the
-/// exchange on it may be closed by another.
+/// Whether this call detached it. A thread may do that to itself: it does not touch the record afterwards, which
+/// another may close from then on.
 bool detach(kvOSThreadRec& thread) {
-    const pthread_t id = thread.thread;
+    IdUse id(thread);
     border::relaxedStore<std::uint8_t>(thread.fAlive, 0);
-    if (std::atomic_ref(thread.fReleased).exchange(1, std::memory_order_acq_rel) != 0) return false;
-    return pthread_detach(id) == 0;
+    if (!id.isGood()) return false;
+    id.release();
+    return pthread_detach(thread.thread) == 0;
 }
 
 /// 1 for a thread that runs, else 0. One that has ended is joined at the first question.
-std::uint32_t stateOf(kvOSThreadRec& thread) {
-    if (border::relaxedLoad(thread.fReleased) != 0) return 0;
-    if (pthread_kill(thread.thread, 0) != 0) return 0;
+std::uint32_t stateOf(pthread_t thread, IdUse& id) {
+    if (pthread_kill(thread, 0) != 0) return 0;
     int policy = 0;
     sched_param parameters{};
-    if (pthread_getschedparam(thread.thread, &policy, &parameters) != ESRCH) return 1;
-    pthread_join(thread.thread, nullptr);
-    border::relaxedStore<std::uint8_t>(thread.fReleased, 1);
+    if (pthread_getschedparam(thread, &policy, &parameters) != ESRCH) return 1;
+    pthread_join(thread, nullptr);
+    id.release();
     return 0;
+}
+
+struct ExitCode {
+    std::uint32_t code;
+    std::uint32_t result;
+};
+
+ExitCode exitCodeOf(kvOSThreadRec* thread) {
+    if (!isReal(thread)) return {0, 0};
+    IdUse id(*thread);
+    if (border::relaxedLoad(thread->fAlive) == 0) return {0, 0};
+    if (!id.isGood()) return {0, 1};
+    return {stateOf(thread->thread, id), 1};
 }
 
 }  // namespace
@@ -66,7 +113,7 @@ kvOSThreadRec* kvOSCreateThread(void* /*pSecurity*/, uint64_t qwStackSize, kvOST
     auto* const thread = static_cast<kvOSThreadRec*>(KVAlloc(sizeof(kvOSThreadRec)));
     if (thread == nullptr) return nullptr;
     thread->fAlive = 1;
-    thread->fReleased = 0;
+    thread->bIdState = concurrency::kIdFree;
     const int error = concurrency::start(thread->thread, qwStackSize, pStart, pArgument);
     if (error == 0) return thread;
     KVFree(thread);
@@ -82,10 +129,9 @@ uint32_t kvOSCloseThread(kvOSThreadRec* pThread) {
 }
 
 uint32_t kvOSGetExitCodeThread(kvOSThreadRec* pThread, uint32_t* pdwCode) {
-    const bool alive = concurrency::isReal(pThread) && kv::border::relaxedLoad(pThread->fAlive) != 0;
-    const uint32_t code = alive ? atBorder<uint32_t>(0, [&] { return concurrency::stateOf(*pThread); }) : 0;
-    if (pdwCode != nullptr) *pdwCode = code;
-    return alive ? 1 : 0;
+    const auto exit = atBorder(concurrency::ExitCode{0, 1}, [&] { return concurrency::exitCodeOf(pThread); });
+    if (pdwCode != nullptr) *pdwCode = exit.code;
+    return exit.result;
 }
 
 uint32_t kvOSGetExitCodeThread(unsigned long hThread, uint32_t* pdwCode) {

@@ -264,7 +264,8 @@ typedef struct kvOSCopyJob {
  * whole, up to qwLimit.
  *
  * @param qwLimit  bytes of the destination. A slice that would pass it is cut there; one wholly behind it is empty.
- * @param fWait    not 0: returns when all is copied, as kvOSCopyMemoryThreadedComplete does.
+ * @param fWait    not 0: waits as kvOSCopyMemoryThreadedComplete does, and gives up as that does: it then returns with
+ *                 slices uncopied, of which nothing tells, and a thread may still read and write the two blocks.
  * @return the job, to be handed to kvOSCopyMemoryThreadedComplete exactly once; null when there is none to collect.
  *
  * Messages: those of KVAlloc.
@@ -275,8 +276,13 @@ KVUTIL_API kvOSCopyJob *kvOSCopyMemoryThreaded(void *pDestination, const void *p
 /**
  * Waits until a threaded copy is done, and frees the job.
  *
- * Meant: it gives up after 100 seconds in which no slice ended, counted over all slices, and returns 1 all the same.
- * What was not collected by then stays as it is, events and threads; the job is freed unless a thread still needs it.
+ * Meant: it waits one second at a time for the first slice that is not done, gives up after 100 such waits in vain over
+ * all slices, and returns 1 all the same. What was not collected by then stays as it is, events and threads; the job is
+ * freed unless a thread still needs it.
+ *
+ * So after 100 seconds or more (less where the wall clock's fraction cuts the waits short) the copy may not be whole,
+ * and a thread may still be at it: blocks whose last bytes did not arrive are not to be freed or used for another
+ * thing.
  *
  * @param pJob  null does nothing. Not to be used afterwards.
  * @return 1.

@@ -1,7 +1,8 @@
 // Threads, and the priorities of threads and of the process.
 //
 // Many calls are there to keep callers compiling and do nothing; each says so, and that is meant. "No thread" is null
-// or all-ones, the value of kvOSGetCurrentThread included. A thread's record belongs to one thread at a time.
+// or all-ones, the value of kvOSGetCurrentThread included. A thread's record may be asked about by several threads,
+// also while its own thread leaves by it, until one of them gives it back with kvOSCloseThread.
 #ifndef KVOS_THREAD_H
 #define KVOS_THREAD_H
 
@@ -18,12 +19,13 @@ extern "C" {
 
 /** A thread that kvOSCreateThread started. Belongs to the library; a host may look at it. */
 typedef struct kvOSThreadRec {
-    pthread_t thread;  /* to be used only while fReleased is 0 */
-    uint8_t fAlive;    /* 1 from creation until closed or exited through these calls, not until the thread ends */
-    uint8_t fReleased; /* 1 once the thread was joined or detached here: the system may have forgotten it */
+    pthread_t thread; /* good until the thread was joined or detached */
+    uint8_t fAlive;   /* 1 from creation until closed or exited through these calls, not until the thread ends */
+    uint8_t bIdState; /* 1 once the thread was joined or detached here: the system may have forgotten it; 2 while one of
+                       * these calls asks the system about it; else 0 */
 } kvOSThreadRec;
 
-/** The body of a thread. What it returns reaches nobody. */
+/** The body of a thread. What it returns is told by none of these calls; a plain pthread_join of the thread gets it. */
 typedef void *(*kvOSThreadStart)(void *pArgument);
 
 /**
@@ -39,8 +41,9 @@ extern KVUTIL_API int32_t nProcessPolicy;
  * Starts a thread.
  *
  * @param pSecurity    not looked at.
- * @param qwStackSize  bytes; 0 is the system's default, which a size that the system refuses as too small gets as well.
- * @param pStart       runs on the new thread; it may end by returning or by kvOSExitThread.
+ * @param qwStackSize  bytes, rounded up to whole pages; 0 is the system's default. A size that is too small for the
+ *                     system, or for the thread-local variables of the process, gets the default as well.
+ * @param pStart       runs on the new thread; it may end by returning or by kvOSExitThread. Null is refused, EINVAL.
  * @param pArgument    handed to pStart.
  * @return the thread's record, the caller's until kvOSCloseThread; null on failure, with the reason as the last error.
  *
@@ -63,7 +66,9 @@ KVUTIL_API uint32_t kvOSCloseThread(kvOSThreadRec *pThread);
  * Meant: the code is 1 for a thread that runs, and 0 for one that has ended, whatever it ended with.
  *
  * @param pdwCode  receives the code, 0 unless the thread runs; null is left alone.
- * @return 1; 0 for no thread and for one that left through kvOSExitSpecificThread.
+ * @return 1; 0 for no thread and for one that was named in kvOSExitSpecificThread.
+ *
+ * Threads: any. It joins a thread that has ended, so that a plain pthread_join of it is not to be made as well.
  */
 KVUTIL_API uint32_t kvOSGetExitCodeThread(kvOSThreadRec *pThread, uint32_t *pdwCode);
 
@@ -89,7 +94,8 @@ KVUTIL_API void kvOSExitThread(uint32_t dwCode) __attribute__((noreturn));
  * Ends the calling thread, as kvOSExitThread does, and detaches the named one.
  *
  * Meant: it is the calling thread that ends, whichever thread is named; the record stays, with fAlive 0, and is to be
- * given back by kvOSCloseThread.
+ * given back by kvOSCloseThread. That may be done as soon as kvOSGetExitCodeThread returns 0 for it: from then on the
+ * thread that leaves does not touch it any more.
  *
  * @return only for no thread: the handle plus 1, so 1 for null and 0 for all-ones.
  */
@@ -122,7 +128,7 @@ KVUTIL_API int32_t kvOSGetCurrentProcessId(void);
  *
  * @return 1; 0 on failure.
  *
- * Last error: as setpriority; 0 on success.
+ * Last error: 0 on success, and as setpriority left it otherwise.
  * Messages:   "Unable to set priority class 0x%08X = 0x%08X (%d) " with the class, and the error number twice.
  */
 KVUTIL_API uint32_t kvOSSetPriorityClass(int32_t nProcess, uint32_t dwClass);
@@ -139,10 +145,11 @@ KVUTIL_API uint32_t kvOSGetPriorityClass(int32_t nProcess);
  * the thread gets a time constraint as well, where the system has such a thing (macOS).
  *
  * @param nPriority  -15 (the policy's lowest) to 15 (its highest); meant: shares are rounded towards the lowest, so
- * that kvOSGetThreadPriority may return one less. Any other is refused, EINVAL.
+ * that kvOSGetThreadPriority may return one less. Any other is refused as EINVAL.
  * @return 1; 0 on failure and for no thread. First-in-first-out needs a privilege on most systems.
  *
- * Messages: "Unable to set thread priority = 0x%08X (%d) " with the error number twice.
+ * Last error: not touched. Only the message has the number.
+ * Messages:   "Unable to set thread priority = 0x%08X (%d) " with the error number twice.
  */
 KVUTIL_API uint32_t kvOSSetThreadPriority(kvOSThreadRec *pThread, int32_t nPriority);
 
@@ -152,7 +159,8 @@ KVUTIL_API uint32_t kvOSSetThreadPriority(kvOSThreadRec *pThread, int32_t nPrior
  * @return the priority. Meant: also 0 on failure and for no thread; 0 for a policy with one priority only, which is
  * what a thread of Linux has by default.
  *
- * Messages: as kvOSSetThreadPriority, in the same words.
+ * Last error: not touched.
+ * Messages:   as kvOSSetThreadPriority, in the same words.
  */
 KVUTIL_API int32_t kvOSGetThreadPriority(kvOSThreadRec *pThread);
 

@@ -8,23 +8,36 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/time.h>
+#include <vector>
 
 #include "concurrency/event_waiters.h"
 #include "kvos/sync.h"
 
 namespace {
 
-timeval wallClock{1700000000, 0};
-timespec deadlineSeen{};
-int timedWaits = 0;
-int endlessWaits = 0;
-int answer = ETIMEDOUT;
-kvOSEventRec* setBeforeTheAnswer = nullptr;
+constexpr std::time_t kStart = 1700000000;
 
-int answerTo(int& counter) {
-    ++counter;
-    if (setBeforeTheAnswer != nullptr) setBeforeTheAnswer->qwSignalled = 1;
-    return answer;
+struct System {
+    timeval wallClock{kStart, 0};
+    std::vector<timespec> deadlines;  // of the timed waits
+    int endlessWaits = 0;
+    int answer = ETIMEDOUT;
+    kvOSEventRec* setBeforeTheAnswer = nullptr;
+    kvOSEventRec* pulsedBeforeTheAnswer = nullptr;
+    std::time_t secondsAWait = 0;  // how far the clock is on after one
+};
+System scripted;
+
+/// As the system does, it waits without the mutex and has it again for its answer.
+int answerFor(pthread_mutex_t* mutex) {
+    if (scripted.setBeforeTheAnswer != nullptr) scripted.setBeforeTheAnswer->qwSignalled = 1;
+    if (scripted.pulsedBeforeTheAnswer != nullptr) {
+        pthread_mutex_unlock(mutex);
+        kvOSPulseEvent(scripted.pulsedBeforeTheAnswer);
+        pthread_mutex_lock(mutex);
+    }
+    scripted.wallClock.tv_sec += scripted.secondsAWait;
+    return scripted.answer;
 }
 
 }  // namespace
@@ -32,16 +45,19 @@ int answerTo(int& counter) {
 extern "C" {
 
 KVUTIL_API int gettimeofday(timeval* now, void* /*zone*/) noexcept {
-    *now = wallClock;
+    *now = scripted.wallClock;
     return 0;
 }
 
-KVUTIL_API int pthread_cond_timedwait(pthread_cond_t*, pthread_mutex_t*, const timespec* deadline) {
-    deadlineSeen = *deadline;
-    return answerTo(timedWaits);
+KVUTIL_API int pthread_cond_timedwait(pthread_cond_t*, pthread_mutex_t* mutex, const timespec* deadline) {
+    scripted.deadlines.push_back(*deadline);
+    return answerFor(mutex);
 }
 
-KVUTIL_API int pthread_cond_wait(pthread_cond_t*, pthread_mutex_t*) { return answerTo(endlessWaits); }
+KVUTIL_API int pthread_cond_wait(pthread_cond_t*, pthread_mutex_t* mutex) {
+    ++scripted.endlessWaits;
+    return answerFor(mutex);
+}
 
 }  // extern "C"
 
@@ -73,50 +89,78 @@ constexpr Row kRows[] = {
     {999'999, 0x80000000, 2147483, 647'999'000},  // not a negative number
 };
 
-TEST(Deadline, DropsTheSecondThatTheFractionsAddUpTo) {
+class Deadline : public testing::Test {
+protected:
+    void SetUp() override { scripted = {}; }
+};
+using Wait = Deadline;
+using Pulse = Deadline;
+
+TEST_F(Deadline, DropsTheSecondThatTheFractionsAddUpTo) {
     for (const Row& row : kRows) {
         SCOPED_TRACE(testing::Message() << row.now_us << " us, " << row.wait_ms << " ms");
-        const timespec deadline = kv::concurrency::deadlineAfter({1700000000, row.now_us}, row.wait_ms);
-        EXPECT_EQ(deadline.tv_sec, 1700000000 + row.seconds);
+        const timespec deadline = kv::concurrency::deadlineAfter({kStart, row.now_us}, row.wait_ms);
+        EXPECT_EQ(deadline.tv_sec, kStart + row.seconds);
         EXPECT_EQ(deadline.tv_nsec, row.nanoseconds);
     }
 }
 
-TEST(Deadline, IsWhatATimedWaitHandsToTheSystem) {
+TEST_F(Deadline, IsWhatATimedWaitHandsToTheSystem) {
     const Event event = makeEvent(kAutoReset);
     for (const Row& row : kRows) {
         SCOPED_TRACE(testing::Message() << row.now_us << " us, " << row.wait_ms << " ms");
-        wallClock.tv_usec = row.now_us;
+        scripted.wallClock.tv_usec = row.now_us;
         EXPECT_EQ(kvOSWaitForEvent(event.get(), row.wait_ms), 258u);
-        EXPECT_EQ(deadlineSeen.tv_sec, 1700000000 + row.seconds);
-        EXPECT_EQ(deadlineSeen.tv_nsec, row.nanoseconds);
+        ASSERT_FALSE(scripted.deadlines.empty());
+        EXPECT_EQ(scripted.deadlines.back().tv_sec, kStart + row.seconds);
+        EXPECT_EQ(scripted.deadlines.back().tv_nsec, row.nanoseconds);
     }
-    EXPECT_EQ(endlessWaits, 0);
+    EXPECT_EQ(scripted.endlessWaits, 0);
 }
 
-TEST(Deadline, DoesNotBindAWaitForever) {
+TEST_F(Deadline, DoesNotBindAWaitForever) {
     const Event event = makeEvent(kAutoReset);
     EXPECT_EQ(kvOSWaitForEvent(event.get(), static_cast<std::uint32_t>(-1)), 258u) << "the wait failed";
-    EXPECT_EQ(endlessWaits, 1);
-    EXPECT_EQ(timedWaits, 0);
+    EXPECT_EQ(scripted.endlessWaits, 1);
+    EXPECT_TRUE(scripted.deadlines.empty());
 }
 
-TEST(Wait, OfNothingAsksTheSystemForNothing) {
+TEST_F(Deadline, OfEachEventOfSeveralIsReckonedAnewWithTheWholeTimeout) {
+    std::vector<Event> events;
+    std::vector<kvOSEventRec*> records;
+    for (int i = 0; i < 5; ++i) {
+        events.push_back(makeEvent(kAutoReset));
+        records.push_back(events.back().get());
+    }
+    for (const std::uint32_t waitAll : {0u, 1u}) {
+        scripted = {};
+        scripted.secondsAWait = 7;
+        EXPECT_EQ(kvOSWaitForMultipleEvents(5, records.data(), waitAll, 3250), 258u);
+        ASSERT_EQ(scripted.deadlines.size(), 5u) << "none is left out after a timeout";
+        for (int i = 0; i < 5; ++i) {
+            EXPECT_EQ(scripted.deadlines[static_cast<std::size_t>(i)].tv_sec, kStart + 7 * i + 3);
+            EXPECT_EQ(scripted.deadlines[static_cast<std::size_t>(i)].tv_nsec, 250'000'000);
+        }
+    }
+}
+
+TEST_F(Wait, OfNothingAsksTheSystemForNothing) {
     const Event clear = makeEvent(kAutoReset);
     const Event set = makeEvent(kManual, 1);
     EXPECT_EQ(kvOSWaitForEvent(clear.get(), 0), 258u);
     EXPECT_EQ(kvOSWaitForEvent(set.get(), 0), 0u);
     EXPECT_EQ(kvOSWaitForEvent(set.get(), 1000), 0u);
     EXPECT_EQ(kvOSWaitForEvent(set.get(), KVWAIT_FOREVER), 0u);
-    EXPECT_EQ(timedWaits + endlessWaits, 0);
+    EXPECT_TRUE(scripted.deadlines.empty());
+    EXPECT_EQ(scripted.endlessWaits, 0);
 }
 
-TEST(Wait, ThatFailsTimesOutAlsoWhereTheSignalCameMeanwhile) {
+TEST_F(Wait, ThatFailsTimesOutAlsoWhereTheSignalCameMeanwhile) {
     for (const std::uint32_t timeout : {1000u, KVWAIT_FOREVER}) {
         for (const int error : {ETIMEDOUT, EINVAL, EPERM}) {
             const Event event = makeEvent(kAutoReset);
-            answer = error;
-            setBeforeTheAnswer = event.get();
+            scripted.answer = error;
+            scripted.setBeforeTheAnswer = event.get();
             EXPECT_EQ(kvOSWaitForEvent(event.get(), timeout), 258u);
             EXPECT_EQ(event->qwSignalled, 1u) << "left for the next";
             EXPECT_EQ(pthread_mutex_trylock(&event->mutex), 0) << "unlocked";
@@ -125,12 +169,33 @@ TEST(Wait, ThatFailsTimesOutAlsoWhereTheSignalCameMeanwhile) {
     }
 }
 
-TEST(Wait, GoesOnAfterAWakeUpThatBringsNoSignal) {
+TEST_F(Wait, GoesOnAfterAWakeUpThatBringsNoSignal) {
     const Event event = makeEvent(kAutoReset);
-    answer = 0;
-    setBeforeTheAnswer = event.get();
+    scripted.answer = 0;
+    scripted.setBeforeTheAnswer = event.get();
     EXPECT_EQ(kvOSWaitForEvent(event.get(), 1000), 0u);
-    EXPECT_EQ(timedWaits, 1);
+    EXPECT_EQ(scripted.deadlines.size(), 1u);
+    EXPECT_EQ(event->qwSignalled, 0u);
+}
+
+TEST_F(Pulse, OfAWaiterThatTimesOutAllTheSameIsLeftToNobody) {
+    const Event event = makeEvent(kAutoReset);
+    scripted.pulsedBeforeTheAnswer = event.get();
+    EXPECT_EQ(kvOSWaitForEvent(event.get(), 1000), 258u);
+    EXPECT_EQ(event->qwPulses, 1u);
+    EXPECT_EQ(event->qwReleases, 0u);
+    EXPECT_EQ(event->qwPulsed, 0u);
+    EXPECT_EQ(event->qwWaiting, 0u);
+    scripted.pulsedBeforeTheAnswer = nullptr;
+    EXPECT_EQ(kvOSWaitForEvent(event.get(), 1000), 258u) << "nor to one who waits later";
+}
+
+TEST_F(Pulse, LetsGoAWaiterThatWakesUpForIt) {
+    const Event event = makeEvent(kAutoReset);
+    scripted.pulsedBeforeTheAnswer = event.get();
+    scripted.answer = 0;
+    EXPECT_EQ(kvOSWaitForEvent(event.get(), 1000), 0u);
+    EXPECT_EQ(event->qwReleases, 0u);
     EXPECT_EQ(event->qwSignalled, 0u);
 }
 

@@ -8,6 +8,7 @@
 #include <sys/resource.h>
 
 #include "concurrency/owned_thread.h"
+#include "concurrency/priority_range.h"
 #include "errlog.h"
 #include "file/ordinary_user.h"
 #include "kvos/thread.h"
@@ -106,6 +107,10 @@ private:
 };
 
 TEST(ThreadPriority, PolicyIsKnownAsFour) { EXPECT_EQ(nProcessPolicy, 4); }
+
+// Where there is a time constraint (macOS), it is from here on that a thread gets one.
+static_assert(!kv::concurrency::isTimeConstrained(4) && kv::concurrency::isTimeConstrained(5));
+static_assert(!kv::concurrency::isTimeConstrained(-15) && kv::concurrency::isTimeConstrained(15));
 
 TEST(ThreadPriority, LowestMiddleAndHighestComeBack) {
     if (!mayBeFirstInFirstOut()) GTEST_SKIP() << "the system refuses first-in-first-out scheduling";

@@ -44,6 +44,15 @@ TEST(Semaphore, WaitTakesOneUntilNoneIsLeftAndDoesNotBlock) {
     EXPECT_EQ(semaphore->nCount, 0);
 }
 
+TEST(Semaphore, ANegativeCountIsTakenFromLikeAnyOtherThatIsNotZero) {
+    const Semaphore semaphore = makeSemaphore(-2, 7);
+    EXPECT_EQ(kvOSWaitForSingleSemaphore(semaphore.get()), 0u);
+    EXPECT_EQ(semaphore->nCount, -3);
+    EXPECT_EQ(kvOSReleaseSemaphore(semaphore.get(), 3), 1u);
+    EXPECT_EQ(semaphore->nCount, 0);
+    EXPECT_EQ(kvOSWaitForSingleSemaphore(semaphore.get()), 258u);
+}
+
 TEST(Semaphore, WaitHoldsNoLock) {
     const Semaphore semaphore = makeSemaphore(1, 7);
     pthread_mutex_lock(&semaphore->mutex);

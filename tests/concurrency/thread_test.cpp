@@ -242,12 +242,49 @@ TEST(ExitSpecificThread, LeavesTheRecordToBeClosed) {
         &self);
     kvOSSetEvent(self.known.get());
     kvOSWaitForEvent(self.leaving.get(), KVWAIT_FOREVER);
-    while (__atomic_load_n(&self.record->fReleased, __ATOMIC_ACQUIRE) == 0) std::this_thread::yield();
-    EXPECT_EQ(__atomic_load_n(&self.record->fAlive, __ATOMIC_RELAXED), 0);
     std::uint32_t code = 7;
-    EXPECT_EQ(kvOSGetExitCodeThread(self.record, &code), 0u);
+    while (kvOSGetExitCodeThread(self.record, &code) != 0) EXPECT_EQ(code, 1u);
     EXPECT_EQ(code, 0u);
+    EXPECT_EQ(self.record->fAlive, 0);
     EXPECT_EQ(kvOSCloseThread(self.record), 0u) << "detached already";
+}
+
+TEST(ExitSpecificThread, MayBeCalledWhileOthersAskAboutTheRecord) {
+    for (int round = 0; round < 300; ++round) {
+        std::atomic<kvOSThreadRec*> known = nullptr;
+        kvOSThreadRec* const record = kvOSCreateThread(
+            nullptr, 0,
+            [](void* argument) -> void* {
+                auto& self = *static_cast<std::atomic<kvOSThreadRec*>*>(argument);
+                while (self.load() == nullptr) std::this_thread::yield();
+                kvOSExitSpecificThread(self.load(), 3);
+                return nullptr;
+            },
+            &known);
+        ASSERT_NE(record, nullptr);
+        const auto askUntilItHasLeft = [record] {
+            std::uint32_t code = 7;
+            while (kvOSGetExitCodeThread(record, &code) != 0) EXPECT_EQ(code, 1u) << "it never ends without leaving";
+            EXPECT_EQ(code, 0u);
+        };
+        std::thread other(askUntilItHasLeft);
+        known = record;
+        askUntilItHasLeft();
+        other.join();
+        EXPECT_EQ(kvOSCloseThread(record), 0u);
+    }
+}
+
+TEST(ExitCode, TwoWhoAskJoinAThreadOnce) {
+    for (int round = 0; round < 300; ++round) {
+        kvOSThreadRec* const record = kvOSCreateThread(
+            nullptr, 0, [](void*) -> void* { return nullptr; }, nullptr);
+        ASSERT_NE(record, nullptr);
+        std::thread other(untilEnded, record);
+        untilEnded(record);
+        other.join();
+        EXPECT_EQ(kvOSCloseThread(record), 0u);
+    }
 }
 
 TEST(Placeholders, TerminatingLeavesTheThreadRunning) {

@@ -26,7 +26,8 @@ struct Controls {
     int waits = 0;
     int otherTimeouts = 0;  // waits of anything but a second
     int pauses = 0;
-    int blocks = 0;  // allocated and not freed
+    int otherStacks = 0;  // threads that were to have another stack than the default
+    int blocks = 0;       // allocated and not freed
 };
 Controls controls;
 
@@ -62,6 +63,7 @@ extern "C" {
 
 kvOSThreadRec* kvOSCreateThread(void* security, uint64_t stackSize, kvOSThreadStart start, void* argument) {
     if (controls.threadsUntilFailure >= 0 && controls.threadsUntilFailure-- == 0) return nullptr;
+    if (stackSize != 0) ++controls.otherStacks;
     const auto create = librarys<decltype(&kvOSCreateThread)>("kvOSCreateThread");
     if (!controls.holdsThreads) return create(security, stackSize, start, argument);
     held[heldCount] = {start, argument};
@@ -109,6 +111,10 @@ constexpr int kForEver = 1'000'000;
 
 class ThreadedCopyLimits : public testing::Test {
 protected:
+    void SetUp() override {
+        controls = {};
+        heldCount = 0;
+    }
     kvOSCopyJob* begin() { return kvOSCopyMemoryThreaded(destination_.data(), source_.data(), kBytes, kBytes, 0); }
     bool isCopied(std::uint64_t slice) const {
         return std::memcmp(destination_.data() + slice * kLength, source_.data() + slice * kLength, kLength) == 0;
@@ -124,6 +130,7 @@ TEST_F(ThreadedCopyLimits, CollectingWaitsASecondForEachSliceAndPausesOnce) {
     EXPECT_EQ(controls.waits, 16);
     EXPECT_EQ(controls.otherTimeouts, 0);
     EXPECT_EQ(controls.pauses, 1);
+    EXPECT_EQ(controls.otherStacks, 0);
     EXPECT_EQ(controls.blocks, 0);
     EXPECT_EQ(destination_, source_);
 }
