@@ -1,7 +1,9 @@
 // What the copying calls share: handles that close themselves, whole writes, and the message of an exception.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <utility>
 
 #include "border/guard.h"
@@ -51,9 +53,11 @@ inline bool writeTail(const char* path, std::int64_t offset, const void* block, 
     return writeBlock(destination.handle(), block, count) && destination.close();
 }
 
-/// How far a copy is, in thousandths. `all` is not 0; no copy moves as many bytes as would overflow.
+/// How far a copy is, in thousandths, as far as 32 bits tell: a last block may go far beyond what was asked for. `all`
+/// is not 0; no copy moves as many bytes as would overflow the product.
 inline std::uint32_t permilleOf(std::uint64_t done, std::uint64_t all) {
-    return static_cast<std::uint32_t>(done * 1000 / all);
+    constexpr std::uint64_t kHighest = std::numeric_limits<std::uint32_t>::max();
+    return static_cast<std::uint32_t>(std::min(done * 1000 / all, kHighest));
 }
 
 /// The guard of these calls, which tells what it caught.

@@ -4,9 +4,9 @@
 // not take it. What the result says of a copy without such a block is meant.
 #include "kvos/copy.h"
 
+#include <cerrno>
 #include <memory>
 
-#include "border/guard.h"
 #include "file/copied.h"
 #include "kvos/attributes.h"
 #include "kvos/file.h"
@@ -28,22 +28,27 @@ std::uint32_t copyBlocks(std::int64_t source, std::int64_t destination, const ch
 }
 
 std::uint32_t copy(const char* from, const char* to, bool failIfExists) {
+    if (from == nullptr || to == nullptr) {
+        errno = EINVAL;
+        return 0;
+    }
     if (kvOSFileExists(to) != 0) {
-        if (failIfExists) return 0;
+        if (failIfExists) {
+            errno = EEXIST;
+            return 0;
+        }
         kvOSDeleteFile(to);
     }
     const Copied source(kvOSCreateFile(from, KVFILE_READ, 7, nullptr, KVFILE_OPEN_EXISTING, kUnbuffered, 0));
     if (!source.isOpen()) return 0;
     Copied destination(kvOSCreateFile(to, KVFILE_WRITE, 1, nullptr, KVFILE_CREATE_NEW, kUnbuffered, 0));
     const std::uint32_t result = copyBlocks(source.handle(), destination.handle(), to);
-    const border::KeepErrno keep;
-    return destination.close() ? result : 0;
+    return result != 0 && destination.close() ? result : 0;  // the errno of the first that failed
 }
 
 }  // namespace
 }  // namespace kv::file
 
 extern "C" uint32_t kvOSCopyFile(const char* pSource, const char* pDestination, uint32_t fFailIfExists) {
-    if (pSource == nullptr || pDestination == nullptr) return 0;
     return kv::file::copyAtBorder(0u, [&] { return kv::file::copy(pSource, pDestination, fFailIfExists != 0); });
 }

@@ -47,42 +47,58 @@ std::uint32_t refuse() {
     return 0;
 }
 
-/// 1, for a call that failed on the way. Meant.
-std::uint32_t tellFailure(const char* call) {
+enum class Ended {
+    whole,
+    refused,  // told: 0
+    failed    // in a call on the way, told as well: 1. Meant.
+};
+
+Ended refuseOnTheWay() {
+    refuse();
+    return Ended::refused;
+}
+
+Ended tellFailure(const char* call) {
     const border::KeepErrno keep;
     ErrOut("kvOSExtractFileFast %s FAILED %d 0x%X ", call, keep.value(), static_cast<unsigned>(keep.value()));
-    return 1;
+    return Ended::failed;
 }
 
 bool seekTo(const Copied& file, std::uint64_t offset) {
     return kvOSSeek(file.handle(), static_cast<std::int64_t>(offset)) != -1;
 }
 
-std::uint32_t extractBlocks(const Copied& source, const Copied& destination, std::uint64_t bytes,
-                            const Progress& progress) {
+Ended extractBlocks(const Copied& source, const Copied& destination, std::uint64_t bytes, const Progress& progress) {
     const std::unique_ptr<void, void (*)(void*)> block(KVAlloc(kBlock), KVFree);
-    if (block == nullptr) return refuse();
+    if (block == nullptr) return refuseOnTheWay();
     for (std::uint64_t done = 0; done < bytes;) {
         std::uint32_t got = 0;
         std::uint32_t written = 0;
         const auto wanted = static_cast<std::uint32_t>(std::min(bytes - done, kBlock));
         if (kvOSReadFile(source.handle(), block.get(), wanted, &got, nullptr) == 0) return tellFailure("Read");
-        if (got == 0) return refuse();
+        if (got == 0) return refuseOnTheWay();
         if (kvOSWriteFile(destination.handle(), block.get(), got, &written, nullptr) == 0) return tellFailure("Write");
         if (written != got) {
             ErrOut("kvOSExtractFileFast Write FAILED");
-            return 1;
+            return Ended::failed;
         }
         done += got;
         progress.tell(done, bytes);
     }
-    return 1;
+    return Ended::whole;
 }
 
 std::uint32_t extract(const char* from, const char* to, std::uint32_t flags, const Range& range,
                       const Progress& progress) {
+    if (from == nullptr || to == nullptr) {
+        errno = EINVAL;
+        return refuse();
+    }
     if (kvOSFileExists(to) != 0) {
-        if ((flags & KVCOPY_KEEP_EXISTING) != 0) return 0;
+        if ((flags & KVCOPY_KEEP_EXISTING) != 0) {
+            errno = EEXIST;
+            return 0;
+        }
         kvOSDeleteFile(to);
     }
     const Copied source(kvOSCreateFile(from, KVFILE_READ, kShareAll, nullptr, KVFILE_OPEN_EXISTING, 0, 0));
@@ -91,9 +107,11 @@ std::uint32_t extract(const char* from, const char* to, std::uint32_t flags, con
     if (!destination.isOpen()) return refuse();
     // A place that can't be reached would leave the position where it was, at other bytes.
     if (!seekTo(source, range.sourceOffset) || !seekTo(destination, range.destinationOffset)) return refuse();
-    const std::uint32_t result = extractBlocks(source, destination, range.bytes, progress);
-    const border::KeepErrno keep;
-    return destination.close() ? result : 0;
+    const Ended ended = extractBlocks(source, destination, range.bytes, progress);
+    // Bytes that only fail to arrive at the close are the first failure there is, and those of a range that broke off
+    // are no news.
+    if (ended == Ended::whole) return destination.close() ? 1 : 0;
+    return ended == Ended::failed ? 1 : 0;
 }
 
 }  // namespace

@@ -269,7 +269,10 @@ std::uint32_t copyFast(const FastCopy& copy) {
         return kFailed;
     }
     if (kvOSFileExists(copy.to) != 0) {
-        if ((copy.flags & KVCOPY_KEEP_EXISTING) != 0 || std::strcmp(copy.from, copy.to) == 0) return kFailed;
+        if ((copy.flags & KVCOPY_KEEP_EXISTING) != 0 || std::strcmp(copy.from, copy.to) == 0) {
+            errno = EEXIST;
+            return kFailed;
+        }
         kvOSDeleteFile(copy.to);
     }
     const std::uint32_t way = copy.isLimited() ? 0 : copy.flags >> 28;

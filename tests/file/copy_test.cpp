@@ -7,6 +7,7 @@
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <utility>
 
 #include "file/ordinary_user.h"
 #include "support/captured_messages.h"
@@ -56,6 +57,7 @@ TEST_F(Copy, AnExistingDestinationIsReplacedOrRefused) {
     makeFile(from_, "new");
     makeFile(to_, "old and longer");
     EXPECT_EQ(copy(1), 0u);
+    EXPECT_EQ(errno, EEXIST);
     EXPECT_EQ(contentOf(to_), "old and longer");
     EXPECT_EQ(copy(0), 1u);
     EXPECT_EQ(contentOf(to_), "new");
@@ -105,15 +107,33 @@ TEST_F(Copy, ASourceThatCanNotBeReadGivesOne) {
     EXPECT_EQ(contentOf(to_), "");
 }
 
-TEST_F(Copy, ADestinationThatCanNotBeMadeGivesZero) {
-    for (const std::size_t size : {3u, 1u << 20, (1u << 20) + 1}) {
+TEST_F(Copy, ADestinationThatCanNotBeMadeShowsAtTheFirstBlock) {
+    constexpr const char* kNoPlace = "/no/such/folder/to";
+    for (const std::size_t size : {1u << 20, (1u << 20) + 1}) {
         makeFile(from_, bytes(size));
         CapturedMessages messages;
-        EXPECT_EQ(kvOSCopyFile(from_.c_str(), "/no/such/folder/to", 0), 0u);
-        EXPECT_GE(messages.count("kvOSCreateFile(/no/such/folder/to"), 1u);
+        EXPECT_EQ(kvOSCopyFile(from_.c_str(), kNoPlace, 0), 0u);
+        EXPECT_EQ(messages.count("kvOSCreateFile(/no/such/folder/to"), 1u);
+        EXPECT_EQ(messages.count("kvOSWriteFile(INVALID_HANDLE_VALUE) "), 1u);
     }
-    EXPECT_EQ(kvOSCopyFile(nullptr, to_.c_str(), 0), 0u);
-    EXPECT_EQ(kvOSCopyFile(from_.c_str(), nullptr, 0), 0u);
+    makeFile(from_, "abc");
+    CapturedMessages messages;
+    EXPECT_EQ(kvOSCopyFile(from_.c_str(), kNoPlace, 0), 0u);
+    EXPECT_EQ(messages.count("kvOSCreateFile(/no/such/folder/to"), 2u) << "the last block has an open of its own";
+    EXPECT_EQ(messages.count("kvOSWriteFile("), 0u);
+    EXPECT_EQ(errno, ENOENT);
+    std::filesystem::resize_file(from_, 0);
+    EXPECT_EQ(kvOSCopyFile(from_.c_str(), kNoPlace, 0), 0u);
+    EXPECT_EQ(messages.count("kvOSCreateFile(/no/such/folder/to"), 3u);
+}
+
+TEST_F(Copy, NullIsRefused) {
+    for (const auto& [from, to] : {std::pair<const char*, const char*>{nullptr, to_.c_str()},
+                                   std::pair<const char*, const char*>{from_.c_str(), nullptr}}) {
+        errno = 0;
+        EXPECT_EQ(kvOSCopyFile(from, to, 0), 0u);
+        EXPECT_EQ(errno, EINVAL);
+    }
 }
 
 TEST_F(Copy, AFullDiskGivesZero) {

@@ -51,9 +51,17 @@ TEST_F(Move, AMultipleOfAMebibyteIsMovedAndGivesZero) {
     EXPECT_FALSE(std::filesystem::exists(from_));
 }
 
+TEST_F(Move, AFileMovedOntoItselfIsLost) {
+    makeFile(from_, "bytes");
+    CapturedMessages messages;
+    EXPECT_EQ(kvOSMoveFile(from_.c_str(), from_.c_str()), 0u);
+    EXPECT_FALSE(std::filesystem::exists(from_));
+}
+
 TEST_F(Move, NullIsRefused) {
     CapturedMessages messages;
     EXPECT_EQ(kvOSMoveFile(nullptr, to_.c_str()), 0u);
+    EXPECT_EQ(errno, EINVAL);
 }
 
 }  // namespace

@@ -63,10 +63,67 @@ TEST_F(PlaylistRead, TheSecondPartBeginsAtTheStartOfItsFile) {
 
 TEST_F(PlaylistRead, AReadThatBeginsAtTheEndOfASegmentPassesOverTheNext) {
     const OwnedPlaylist list(path_);
-    EXPECT_EQ(list.read(10).bytes, "aaaaaaaaaa");
+    const auto [firstResult, firstBytes] = list.read(10);
+    EXPECT_EQ(firstResult, 1u);
+    EXPECT_EQ(firstBytes, "aaaaaaaaaa");
     EXPECT_EQ(kvOSTellM3U8(list.get()), 10u);
-    list.read(1);
+    EXPECT_NE(list.segments()[0]->hFile, -1) << "still open";
+    const auto [result, bytes] = list.read(1);
+    EXPECT_EQ(result, 1u);
+    EXPECT_EQ(bytes, "c");  // 10 lies ahead of it, so that its file, just opened, is read from its start
+    EXPECT_EQ(kvOSTellM3U8(list.get()), 11u);
     EXPECT_EQ(list->pCurrent, list.segments()[2]);
+    EXPECT_EQ(list.segments()[0]->hFile, -1) << "closed on leaving it";
+}
+
+TEST_F(PlaylistRead, TurnsOfWholeSegmentsReadEverySecondOneAndThenItAgain) {
+    const OwnedPlaylist list(path_);
+    std::string all;
+    for (int i = 0; i < 3; ++i) {
+        const auto [result, bytes] = list.read(10);
+        EXPECT_EQ(result, 1u);
+        all += bytes;
+    }
+    EXPECT_EQ(all,
+              "aaaaaaaaaa"
+              "cccccccccc"
+              "cccccccccc");
+    EXPECT_EQ(kvOSTellM3U8(list.get()), 30u);
+    EXPECT_EQ(list.read(10).result, 0u) << "the last one holds the position, and there is none behind it";
+    EXPECT_EQ(list->pCurrent, list.segments()[3]);
+    EXPECT_EQ(list.read(10).bytes, "dddddddddd");
+}
+
+TEST_F(PlaylistRead, ASegmentThatIsLeftIsClosed) {
+    const OwnedPlaylist list(path_);
+    kvOSSeekM3U8(list.get(), 8);
+    EXPECT_EQ(list.read(4).bytes, "aabb");
+    EXPECT_EQ(list.segments()[0]->hFile, -1);
+    EXPECT_GT(list.segments()[1]->hFile, 0);
+    EXPECT_EQ(list.segments()[2]->hFile, 0) << "never opened";
+}
+
+TEST_F(PlaylistRead, TheAnswerOfTheSecondReadIsNotLookedAt) {
+    std::filesystem::remove(scratch_ / "b");
+    std::filesystem::create_directory(scratch_ / "b");  // opens, and can't be read
+    CapturedMessages messages;
+    const OwnedPlaylist list(path_);
+    kvOSSeekM3U8(list.get(), 7);
+    const auto [result, bytes] = list.read(8);
+    EXPECT_EQ(result, 1u);
+    EXPECT_EQ(bytes, "aaa");
+    EXPECT_EQ(kvOSTellM3U8(list.get()), 13u);
+}
+
+TEST_F(PlaylistRead, TheSecondPartEndsWithItsSegmentThoughItsFileGoesOn) {
+    makeFile(scratch_ / "b", std::string(30, 'b'));
+    const OwnedPlaylist list(path_);
+    kvOSSeekM3U8(list.get(), 8);
+    const auto [result, bytes] = list.read(25);
+    EXPECT_EQ(result, 1u);
+    EXPECT_EQ(bytes,
+              "aa"
+              "bbbbbbbbbb");
 }
 
 TEST_F(PlaylistRead, TheWalkStopsAtTheFirstSegmentThatDoesNotHoldThePosition) {
@@ -127,23 +184,29 @@ TEST_F(PlaylistRead, PastTheLastSegmentItGivesNothing) {
     list.read(1);
     EXPECT_EQ(kvOSSeekM3U8(list.get(), 40), 40u);
     for (int i = 0; i < 3; ++i) {
-        list.read(0);  // each walk goes one segment on
+        const auto [result, bytes] = list.read(1);
+        EXPECT_EQ(result, 0u);
+        EXPECT_EQ(bytes, "");
         EXPECT_EQ(kvOSTellM3U8(list.get()), 40u);
+        EXPECT_EQ(list->pCurrent, list.segments()[3]) << "the last one seen";
     }
-    EXPECT_EQ(list->pCurrent, list.segments()[3]);
-    EXPECT_EQ(list.read(1).result, 0u);
-    EXPECT_EQ(list.read(1).result, 0u);
-    EXPECT_EQ(list->pCurrent, list.segments()[3]);
 }
 
-TEST_F(PlaylistRead, ASeekPastTheEndSucceedsAndTheReadsWalkOffTheList) {
-    const OwnedPlaylist list(path_);
-    EXPECT_EQ(kvOSSeekM3U8(list.get(), 1000000), 1000000u);
-    EXPECT_EQ(kvOSTellM3U8(list.get()), 1000000u);
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(list.read(7).bytes, "");
-    EXPECT_EQ(list.read(7).result, 0u);
-    EXPECT_EQ(kvOSSeekM3U8(list.get(), ~std::uint64_t{0}), ~std::uint64_t{0});
-    EXPECT_EQ(list.read(7).result, 0u);
+TEST_F(PlaylistRead, ASeekPastTheEndSucceedsAndTheNextReadWalksOffTheList) {
+    for (const std::uint64_t position : {std::uint64_t{40}, std::uint64_t{1000000}, ~std::uint64_t{0}}) {
+        for (const bool hasReadBefore : {false, true}) {
+            const OwnedPlaylist list(path_);
+            if (hasReadBefore) list.read(1);
+            EXPECT_EQ(kvOSSeekM3U8(list.get(), position), position);
+            EXPECT_EQ(kvOSTellM3U8(list.get()), position);
+            const auto [result, bytes] = list.read(7);
+            EXPECT_EQ(result, 0u);
+            EXPECT_EQ(bytes, "");
+            EXPECT_EQ(kvOSTellM3U8(list.get()), position);
+            EXPECT_EQ(list->pCurrent, list.segments()[3]);
+            EXPECT_EQ(list.segments()[3]->hFile, 0) << "nothing is opened for it";
+        }
+    }
 }
 
 TEST_F(PlaylistRead, AReadAcrossTheEndOfTheLastSegmentCountsItsBytesAndFails) {
@@ -153,6 +216,8 @@ TEST_F(PlaylistRead, AReadAcrossTheEndOfTheLastSegmentCountsItsBytesAndFails) {
     EXPECT_EQ(result, 0u);
     EXPECT_EQ(bytes, "aaaaaaaaaa");
     EXPECT_EQ(kvOSTellM3U8(list.get()), 10u);
+    EXPECT_EQ(list->pCurrent, list.segments()[0]) << "there is no next one to stand on";
+    EXPECT_EQ(list.segments()[0]->hFile, -1);
 }
 
 TEST_F(PlaylistRead, ASegmentThatIsMissingEndsAReadInFrontOfItOrWithinIt) {
@@ -189,12 +254,15 @@ TEST_F(PlaylistRead, AFileThatIsShorterThanItsSegmentGivesWhatItHas) {
     EXPECT_EQ(kvOSTellM3U8(list.get()), 3u);
 }
 
-TEST_F(PlaylistRead, AnOffsetThatNoFileHasGivesNothingAndNotItsStart) {
+TEST_F(PlaylistRead, AnOffsetThatNoFileHasReadsOnFromWhereItsFileStands) {
+    makeFile(scratch_ / "a", "0123456789");
     makeFile(path_, "#EXTM3U\n#EXTINF:1,\n#EXT-X-BYTERANGE:9@0xFFFFFFFFFFFFFFF0\na\n");
     const OwnedPlaylist list(path_);
-    const auto [result, bytes] = list.read(3);
-    EXPECT_EQ(result, 0u);
-    EXPECT_EQ(bytes, "");
+    for (const char* const expected : {"012", "345"}) {
+        const auto [result, bytes] = list.read(3);
+        EXPECT_EQ(result, 1u);
+        EXPECT_EQ(bytes, expected);
+    }
 }
 
 TEST_F(PlaylistRead, TheCountIsTheLowHalfOfTheArgument) {

@@ -86,6 +86,53 @@ TEST_F(Playlist, OnlyTheFirstSevenCharactersOfTheFirstLineCount) {
     EXPECT_EQ(open("#EXTM3U and far more than a first look takes in\n#EXTINF:1,\na.ts\n")->qwTotal, 7u);
 }
 
+TEST_F(Playlist, TheFirstLineIsLookedAtInNineBytes) {
+    makeSegment("a.ts", 7);
+    EXPECT_EQ(open("#EXTM3Uxx#EXTINF:1,\na.ts\n")->qwTotal, 7u) << "what stands behind them is a line of its own";
+    EXPECT_EQ(open("#EXTM3Ux#EXTINF:1,\na.ts\n")->qwTotal, 0u);
+    EXPECT_EQ(open("#EXTM3Uxxx#EXTINF:1,\na.ts\n")->qwTotal, 0u);
+}
+
+TEST_F(Playlist, WhatIsBeyondNinetyNineBytesOfASegmentsTagIsItsPath) {
+    const std::string tag = "#EXTINF:3,";
+    CapturedMessages messages;
+    const OwnedPlaylist list = open("#EXTM3U\n" + tag + std::string(89, 't') + "rest of it\na.ts\n");
+    ASSERT_EQ(list.segments().size(), 1u);
+    EXPECT_EQ(list.segments()[0]->dDuration, 3);
+    EXPECT_EQ(list.segments()[0]->szPath, scratch_ / "rest of it");
+}
+
+TEST_F(Playlist, ALineWhoseEndIsCutOffByItsPieceLeavesAnEmptyPathBehind) {
+    const std::string tag = "#EXTINF:3,";
+    makeSegment("a.ts", 7);
+    CapturedMessages messages;
+    EXPECT_EQ(open("#EXTM3U\r\n" + tag + std::string(88, 't') + "\r\na.ts\r\n").segments()[0]->szPath,
+              scratch_.path() + "/");
+    EXPECT_EQ(open("#EXTM3U\r\n" + tag + std::string(87, 't') + "\r\na.ts\r\n")->qwTotal, 7u);
+}
+
+TEST_F(Playlist, ALoneLineFeedAheadOfACarriageReturnCostsTheNextLineAByte) {
+    makeSegment("a.ts", 7);
+    EXPECT_TRUE(open("#EXTM3U\r\n\n#EXTINF:3,\r\na.ts\r\n").segments().empty());
+    EXPECT_EQ(open("#EXTM3U\r\n\r\n#EXTINF:3,\r\na.ts\r\n")->qwTotal, 7u);
+}
+
+TEST_F(Playlist, TellsByTheLastErrorWhetherAFaultCutItOff) {
+    makeSegment("a.ts", 7);
+    errno = EBADF;
+    EXPECT_EQ(open("#EXTM3U\n#EXTINF:1,\na.ts\n#EXTINF:1,\na.ts").segments().size(), 2u);
+    EXPECT_EQ(errno, 0);
+    errno = EBADF;
+    EXPECT_FALSE(open("no playlist").isOpen());
+    EXPECT_EQ(errno, 0);
+    CapturedMessages messages;
+    EXPECT_EQ(open("#EXTM3U\n#EXTINF:1,\nmissing.ts\n").segments().size(), 1u);
+    EXPECT_EQ(errno, 0) << "a segment that is missing is no fault of the playlist's";
+    const OwnedPlaylist folder(scratch_.path());
+    EXPECT_EQ(errno, EISDIR);
+    EXPECT_TRUE(folder.isOpen());
+}
+
 TEST_F(Playlist, AnyOtherFirstLineIsNone) {
     for (const char* text :
          {"#EXTM3", "#extm3u\n", "\n#EXTM3U\n", " #EXTM3U\n", "\xEF\xBB\xBF#EXTM3U\n", "#EXT\nM3U"}) {

@@ -77,7 +77,7 @@ TEST_F(Verify, AFirstFileThatCanNotBeReadEndsTheComparison) {
     std::filesystem::create_directory(second_);
     CapturedMessages messages;
     const std::uint32_t result = kvOSVerifyFile(first_.c_str(), second_.c_str());
-    EXPECT_TRUE(result == KVVERIFY_SAME || result == KVVERIFY_FIRST_EMPTY) << result;
+    EXPECT_TRUE(result == KVVERIFY_SAME || result == KVVERIFY_FIRST_EMPTY) << result;  // copy_network_test has a fault
 }
 
 }  // namespace

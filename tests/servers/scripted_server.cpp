@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <charconv>
 #include <condition_variable>
+#include <limits>
 #include <list>
 #include <mutex>
 #include <strings.h>
@@ -95,18 +97,30 @@ bool readChunks(Incoming& in, std::string& body) {
     }
 }
 
-bool readBody(Incoming& in, const Socket& client, Request& request) {
+/// A close with this option set sends a reset instead of the orderly end.
+void closeWithReset(const Socket& client) {
+    const linger none{1, 0};
+    setsockopt(client.descriptor(), SOL_SOCKET, SO_LINGER, &none, sizeof none);
+}
+
+bool readBody(Incoming& in, const Socket& client, std::size_t resetBehind, Request& request) {
     if (strcasecmp(request.header("Expect").c_str(), "100-continue") == 0 &&
         !client.send("HTTP/1.1 100 Continue\r\n\r\n")) {
         return false;
     }
     if (strcasecmp(request.header("Transfer-Encoding").c_str(), "chunked") == 0) return readChunks(in, request.body);
-    auto body = in.bytes(numberIn(request.header("Content-Length"), 10));
+    const std::size_t length = numberIn(request.header("Content-Length"), 10);
+    if (length > resetBehind) {
+        in.bytes(resetBehind);
+        closeWithReset(client);
+        return false;
+    }
+    auto body = in.bytes(length);
     if (body) request.body = std::move(*body);
     return body.has_value();
 }
 
-std::optional<Request> readRequest(Incoming& in, const Socket& client) {
+std::optional<Request> readRequest(Incoming& in, const Socket& client, std::size_t resetBehind) {
     const auto first = in.line();
     if (!first) return std::nullopt;
     Request request;
@@ -114,7 +128,7 @@ std::optional<Request> readRequest(Incoming& in, const Socket& client) {
     const std::size_t end = std::max(std::min(first->rfind(' '), first->size()), gap);
     request.method = first->substr(0, gap);
     if (end > gap) request.target = first->substr(gap + 1, end - gap - 1);
-    if (!readHeaders(in, request) || !readBody(in, client, request)) return std::nullopt;
+    if (!readHeaders(in, request) || !readBody(in, client, resetBehind, request)) return std::nullopt;
     return request;
 }
 
@@ -144,12 +158,6 @@ std::string headOf(const Request& request, const Answer& answer) {
     if (endsConnection(request, answer)) head += "Connection: close\r\n";
     for (const auto& [name, value] : answer.headers) head += name + ": " + value + "\r\n";
     return head + "\r\n";
-}
-
-/// A close with this option set sends a reset instead of the orderly end.
-void closeWithReset(const Socket& client) {
-    const linger none{1, 0};
-    setsockopt(client.descriptor(), SOL_SOCKET, SO_LINGER, &none, sizeof none);
 }
 
 }  // namespace
@@ -219,6 +227,8 @@ public:
         return changed_.wait_for(lock, kLongestWait, [&] { return requests_.size() >= count; });
     }
 
+    void resetBodiesBehind(std::size_t bytes) { resetBehind_ = bytes; }
+
     void release() {
         {
             const std::lock_guard lock(mutex_);
@@ -251,7 +261,7 @@ private:
         Incoming in(client.descriptor());
         bool more = true;
         while (more) {
-            auto request = readRequest(in, client);
+            auto request = readRequest(in, client, resetBehind_);
             if (!request) break;
             request->connection = number;
             {
@@ -320,6 +330,7 @@ private:
     std::list<Connection> open_;
     std::vector<Request> requests_;
     int connections_ = 0;
+    std::atomic<std::size_t> resetBehind_ = std::numeric_limits<std::size_t>::max();
     bool released_ = false;
     bool ending_ = false;
 };
@@ -333,5 +344,6 @@ std::vector<Request> ScriptedServer::requests() const { return impl_->requests()
 int ScriptedServer::connections() const { return impl_->connections(); }
 bool ScriptedServer::waitForRequests(std::size_t count) const { return impl_->waitForRequests(count); }
 void ScriptedServer::release() { impl_->release(); }
+void ScriptedServer::resetBodiesBehind(std::size_t bytes) { impl_->resetBodiesBehind(bytes); }
 
 }  // namespace kvtest

@@ -90,6 +90,9 @@ public:
     bool waitForRequests(std::size_t count) const;
     /// Lets all stalled answers go on, and those that would stall later.
     void release();
+    /// Of requests that come from now on, one with a longer body has its connection reset once that much of it has
+    /// come. It is not listed.
+    void resetBodiesBehind(std::size_t bytes);
 
 private:
     class Impl;

@@ -225,6 +225,22 @@ TEST_F(Cp, ASignalLeavesTheDestinationAsItWasAndSaysSo) {
     }
 }
 
+#if defined(RAISE_IN_RENAME) && defined(__linux__)
+TEST_F(Cp, ASignalDuringTheLastStepComesBehindItAndSaysNothingFalse) {
+    makeFile(in("from"), "new");
+    makeFile(in("to"), "old");
+    std::signal(SIGTERM, SIG_DFL);
+    setenv("LD_PRELOAD", RAISE_IN_RENAME, 1);
+    RunningKv kv({"cp", in("from"), in("to")});
+    unsetenv("LD_PRELOAD");
+    const Outcome run = kv.wait();
+    EXPECT_EQ(run.signal, SIGTERM);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(contentOf(in("to")), "new");
+    EXPECT_EQ(namesIn(scratch_.path()), (std::vector<std::string>{"from", "to"}));
+}
+#endif
+
 TEST_F(Cp, ASignalDuringAnUploadIsSaid) {
     makeFile(in("from"), "x");
     ScriptedServer server([](const Request&) { return Answer{.stall = true}; });

@@ -2,8 +2,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "servers/nginx.h"
+#include "servers/scripted_server.h"
 #include "support/scratch.h"
 #include "tools/run_kv.h"
 
@@ -55,6 +57,41 @@ TEST(M3u8, WritesTheBytesOfRanges) {
              "#EXTM3U\n#EXTINF:1,\n#EXT-X-BYTERANGE:3@1\nx\n#EXTINF:1,\n#EXT-X-BYTERANGE:2\nx\n"
              "#EXTINF:1,\n#EXT-X-BYTERANGE:2@0\ny\n#EXTINF:1,\n#EXT-X-BYTERANGE:2\ny\n#EXTINF:1,\nx\n");
     EXPECT_EQ(runKv({"m3u8", "cat", "list.m3u8"}).out, "12345abcd0123456789");
+}
+
+TEST(M3u8, AnOffsetThatIsStatedCountsAlsoWhereItIsThePlaceInTheWhole) {
+    makeFile("x", "0123456789abcdefghij");
+    makeFile("list.m3u8", "#EXTM3U\n#EXTINF:1,\n#EXT-X-BYTERANGE:5@10\nx\n#EXTINF:1,\n#EXT-X-BYTERANGE:5@5\nx\n");
+    Outcome run = runKv({"m3u8", "cat", "list.m3u8"});
+    EXPECT_EQ(run.exit, 0);
+    EXPECT_EQ(run.out, "abcde56789");
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(runKv({"m3u8", "info", "--json", "list.m3u8"}).json()["segments"][1]["offset"], 5);
+    // The same records of the library, and another file.
+    makeFile("list.m3u8", "#EXTM3U\n#EXTINF:1,\n#EXT-X-BYTERANGE:5@10\nx\n#EXTINF:1,\n#EXT-X-BYTERANGE:5\nx\n");
+    EXPECT_EQ(runKv({"m3u8", "cat", "list.m3u8"}).out, "abcdefghij");
+    // A range that is told twice, lines between, other endings.
+    makeFile("list.m3u8",
+             "#EXTM3U\r\n#EXTINF:1,\r\n#EXT-X-BYTERANGE:5@10\r\nx\r\nstray\r\n#EXTINF:1,\r\n"
+             "#EXT-X-BYTERANGE:9@5\r\n#EXT-X-BYTERANGE:5\r\n# comment\r\nx\r\n");
+    EXPECT_EQ(runKv({"m3u8", "cat", "list.m3u8"}).out, "abcde56789");
+}
+
+TEST(M3u8, AListThatAFaultCutsOffIsNotTakenForTheWhole) {
+    std::string list = "#EXTM3U\n";
+    while (list.size() < (2u << 20)) list += "#EXTINF:1,\n#EXT-X-BYTERANGE:30@0\na.ts\n";
+    for (const std::string_view served : {"bytes=0-", "none"}) {
+        const ScriptedServer server([&](const Request& request) {
+            const bool isServed = request.method == "HEAD" || request.header("Range").starts_with(served);
+            return isServed ? answerWithRange(request, list) : Answer{.status = 500, .reason = "Fault"};
+        });
+        for (const char* const action : {"info", "cat"}) {
+            const Outcome run = runKv({"m3u8", action, server.url("/list.m3u8")});
+            EXPECT_EQ(run.exit, 1);
+            EXPECT_EQ(run.out, "");
+            EXPECT_EQ(run.err, "kv: cannot read '" + server.url("/list.m3u8") + "': Input/output error\n");
+        }
+    }
 }
 
 TEST(M3u8, WritesASegmentOfAServerWhateverItTells) {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <limits>
+#include <optional>
 #include <strings.h>
 #include <sys/stat.h>
 #include <system_error>
@@ -63,7 +64,7 @@ public:
           finalPath_(std::move(finalPath)),
           partPath_(std::move(partPath)),
           part_(std::move(part)),
-          undo_(partPath_, "interrupted; '" + locator_ + "' is as it was") {}
+          undo_(std::in_place, partPath_, "interrupted; '" + locator_ + "' is as it was") {}
     ~LocalFile() override {
         if (!isFinished_) unlink(partPath_.c_str());
     }
@@ -83,6 +84,7 @@ public:
             return false;
         }
         isFinished_ = true;
+        undo_.reset();  // ahead of a signal that comes now: it would tell of a copy that was not made
         return true;
     }
 
@@ -100,7 +102,7 @@ private:
     OpenFile part_;
     std::uint64_t written_ = 0;
     bool isFinished_ = false;
-    Undo undo_;
+    std::optional<Undo> undo_;
 };
 
 std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }

@@ -2,9 +2,11 @@
 //
 // The bytes come from the segments' own files: the library's read of a playlist passes over segments by its way of
 // finding them.
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +21,7 @@
 #include "kv/redirected.h"
 #include "kv/source.h"
 #include "kv/standard_streams.h"
+#include "kv/stated_offsets.h"
 #include "kv/table.h"
 #include "kvos/file.h"
 #include "kvos/memory.h"
@@ -59,33 +62,56 @@ std::string withFolder(const std::string& locator) {
     return (locator.starts_with('/') ? "/." : "./") + locator;
 }
 
-/// Where a segment begins in its file. What the playlist does not say, the library fills in with the place in the
-/// whole: that is right for ranges of one file that follow each other, and for nothing else.
-std::uint64_t offsetOf(const kvM3U8Segment& segment, const std::string& path, const std::vector<Segment>& before) {
-    if (segment.qwFileOffset != segment.qwStart || before.empty()) return segment.qwFileOffset;
-    if (sizeOf(path) == segment.dwLength) return 0;
-    const Segment& last = before.back();
-    return last.path == path ? last.offset + last.bytes : segment.qwFileOffset;
-}
+/// Finds where segments begin in their files. What the playlist does not say, the library fills in with the place in
+/// the whole: that is right for ranges of one file that follow each other from its start, and for nothing else.
+class Offsets {
+public:
+    explicit Offsets(const std::string& playlist) : playlist_(playlist) {}
+
+    std::uint64_t of(const kvM3U8Segment& segment, const std::string& path, const std::vector<Segment>& before) {
+        const std::uint64_t given = segment.qwFileOffset;
+        if (given != segment.qwStart || before.empty()) return given;
+        if (sizeOf(path) == segment.dwLength) return 0;
+        const Segment& last = before.back();
+        const std::uint64_t behindLast = last.offset + last.bytes;
+        if (last.path != path || behindLast == given) return given;
+        return isStated(before.size()) ? given : behindLast;
+    }
+
+private:
+    bool isStated(std::size_t segment) {
+        if (!stated_) stated_ = statedOffsets(playlist_);
+        return segment < stated_->size() && (*stated_)[segment];
+    }
+
+    const std::string& playlist_;
+    std::optional<std::vector<bool>> stated_;  // looked up only where it matters
+};
 
 /// Nothing on failure, which is told.
 std::vector<Segment> segmentsOf(const std::string& locator) {
+    const std::string path = withFolder(locator);
     kvOSSetLastError(0);
-    const std::unique_ptr<kvM3U8List, ClosePlaylist> playlist(kvOSOpenM3U8(withFolder(locator).c_str()));
+    const std::unique_ptr<kvM3U8List, ClosePlaylist> playlist(kvOSOpenM3U8(path.c_str()));
+    const std::uint32_t error = kvOSGetLastError();
     std::vector<Segment> segments;
     if (playlist == nullptr) {
-        const std::uint32_t error = kvOSGetLastError();
         error == 0 ? complain("'" + locator + "' is no playlist") : complainOf("open", locator, error);
         return segments;
     }
+    if (error != 0) {  // what could be read of it must not pass for the whole
+        complainOf("read", locator, error);
+        return segments;
+    }
+    Offsets offsets(path);
     for (d_ListNode* node = d_ListHead(&playlist->list); node != nullptr; node = d_ListNext(node)) {
         const auto& segment = *reinterpret_cast<kvM3U8Segment*>(node);
-        const std::string path = segment.szPath == nullptr ? "" : segment.szPath;
-        segments.push_back({.path = path,
+        const std::string file = segment.szPath == nullptr ? "" : segment.szPath;
+        segments.push_back({.path = file,
                             .start_s = segment.dStartTime,
                             .duration_s = segment.dDuration,
                             .bytes = segment.dwLength,
-                            .offset = offsetOf(segment, path, segments)});
+                            .offset = offsets.of(segment, file, segments)});
     }
     if (segments.empty()) complain("'" + locator + "' lists no segments");
     return segments;
