@@ -1,0 +1,121 @@
+// Part objects, stored from the write block and loaded into it.
+//
+// The block's fields in the record: dwBlockIndex is the part that it is, dwBlockUsed the bytes of it that count, and 0
+// as soon as they are stored. Its memory goes on holding them until it becomes another part (Object::partInBlock).
+#include "file/s3/parts.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+#include "errlog.h"
+#include "file/s3/object.h"
+#include "kvos/memory.h"
+
+namespace kv::file::s3 {
+namespace {
+
+struct FreeBlock {
+    void operator()(void* block) const { KVFree(block); }
+};
+using OwnedBlock = std::unique_ptr<void, FreeBlock>;
+
+/// Where a name does not fit no request is made; it is told in the words in which a store refuses such a key.
+const Error& keyTooLong() {
+    static const Error error{"KeyTooLongError", "Your key is too long", 0};
+    return error;
+}
+
+bool tellNotStored(const Error& error) {
+    ErrOut("Aws::GetObject exception/error: %s %s\n", error.exceptionName.c_str(), error.message.c_str());
+    return false;
+}
+
+bool tellNotLoaded(const Error& error) {
+    ErrOut("Aws::Error exception: %s \n", error.exceptionName.c_str());
+    ErrOut("Aws::Error message: %s \n", error.message.c_str());
+    return false;
+}
+
+void markStored(kvOSFileHandle& file, std::uint32_t bytes) {
+    file.pObject->storedParts[file.dwBlockIndex] = bytes;
+    file.pObject->partInBlock = file.dwBlockIndex;
+    file.dwBlockDirty = 0;
+    file.dwBlockUsed = 0;
+}
+
+void takeLoaded(kvOSFileHandle& file, OwnedBlock block, std::uint32_t part, std::uint64_t bytes) {
+    KVFree(file.pBlock);
+    file.pBlock = block.release();
+    file.dwBlockIndex = part;
+    file.dwBlockUsed = static_cast<std::uint32_t>(std::min(bytes, bytesAheadOfEnd(file, part)));
+    file.dwBlockDirty = 0;
+    file.pObject->partInBlock = part;
+}
+
+}  // namespace
+
+std::uint64_t bytesAheadOfEnd(const kvOSFileHandle& file, std::uint64_t part) {
+    const std::uint64_t start = part * kBlockSize;
+    return file.qwSize <= start ? 0 : std::min<std::uint64_t>(file.qwSize - start, kBlockSize);
+}
+
+bool ensureBlock(kvOSFileHandle& file) {
+    if (file.pBlock != nullptr) return true;
+    file.pBlock = KVAlloc(kBlockSize);
+    if (file.pBlock == nullptr) return false;
+    file.dwBlockUsed = 0;
+    file.dwBlockIndex = 0;
+    file.dwBlockDirty = 0;
+    return true;
+}
+
+bool storeBlock(kvOSFileHandle& file) {
+    Object& object = *file.pObject;
+    const auto key = partKey(object, file.dwBlockIndex);
+    if (!key) return tellNotStored(keyTooLong());
+    if (file.dwBlockDirty == 0) return true;
+    // Where the file was cut since, less than what is used; nothing, and no request, of a part behind the new end.
+    const std::size_t bytes = std::min<std::uint64_t>(file.dwBlockUsed, bytesAheadOfEnd(file, file.dwBlockIndex));
+    if (bytes == 0) {
+        file.dwBlockDirty = 0;
+        file.dwBlockUsed = 0;
+        return true;
+    }
+    const auto stored = object.client->putObject({.bucket = bareBucket(object.bucket),
+                                                  .key = *key,
+                                                  .contentType = object.contentType,
+                                                  .body = {static_cast<const std::byte*>(file.pBlock), bytes}});
+    if (!stored.isSuccess()) return tellNotStored(stored.error());
+    markStored(file, static_cast<std::uint32_t>(bytes));
+    return true;
+}
+
+bool loadPart(kvOSFileHandle& file, std::uint64_t part) {
+    Object& object = *file.pObject;
+    const auto key = partKey(object, part);
+    if (!key) return tellNotLoaded(keyTooLong());
+    // Into a block of its own, so that a body that breaks off leaves the old one as it was.
+    OwnedBlock block(KVAlloc(kBlockSize));
+    if (!block) return tellNotLoaded({"OutOfMemory", std::strerror(ENOMEM), 0});
+    const auto loaded = object.client->getObject({.bucket = bareBucket(object.bucket),
+                                                  .key = *key,
+                                                  .range = {},
+                                                  .destination = {static_cast<std::byte*>(block.get()), kBlockSize}});
+    if (!loaded.isSuccess()) return tellNotLoaded(loaded.error());
+    const ObjectBody& body = loaded.result();
+    const auto bytes = std::min({body.contentLength, body.received, std::uint64_t{kBlockSize}});
+    takeLoaded(file, std::move(block), static_cast<std::uint32_t>(part), bytes);
+    return true;
+}
+
+bool changePart(kvOSFileHandle& file, std::uint64_t position) {
+    if (file.dwBlockUsed != 0) storeBlock(file);
+    const std::uint64_t part = partAt(position);
+    return part == file.dwBlockIndex || loadPart(file, part);
+}
+
+}  // namespace kv::file::s3
