@@ -26,6 +26,8 @@ constexpr std::array kTopics{
     Topic{"events", kv::bench::measureEvents},
     Topic{"threaded_copy", kv::bench::measureThreadedCopy},
     Topic{"urls", kv::bench::measureUrls},
+    Topic{"objects", kv::bench::measureObjects},
+    Topic{"fourcc", kv::bench::measureFourCCs},
 };
 
 int printUsage() {

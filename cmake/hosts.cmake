@@ -1,6 +1,7 @@
 # Host names that a site may want to set for itself. They reach the sources as the generated header hosts.h.
 set(KVUTIL_S3_SERVICE_DOMAIN "amazonaws.com" CACHE STRING "Domain whose hosts are S3 endpoints of the provider")
 set(KVUTIL_S3_GLOBAL_HOST "s3.amazonaws.com" CACHE STRING "The provider's global S3 host")
+set(KVUTIL_S3_GENERAL_DOMAIN "amazon.com" CACHE STRING "The provider's domain outside its services")
 set(KVUTIL_STORAGE_HOST "storage.googleapis.com" CACHE STRING "First host with a token endpoint in new settings")
 set(KVUTIL_IDENTITY_HOST "accounts.google.com" CACHE STRING "Second host with a token endpoint in new settings")
 set(KVUTIL_TOKEN_ENDPOINT "https://www.googleapis.com/oauth2/v4/token" CACHE STRING

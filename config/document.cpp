@@ -10,8 +10,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "border/nesting.h"
 #include "config/limits.h"
-#include "config/nesting.h"
 #include "config/replace_file.h"
 #include "config/write_xml.h"
 
@@ -74,7 +74,7 @@ bool loadDocument(const char* path, TiXmlDocument& document) {
     auto text = readWhole(path);
     if (!text) return false;
     normalise(*text);
-    if (deepestNesting(*text) > kDeepest) return false;
+    if (border::deepestNesting(*text) > kDeepest) return false;
     document.SetTabSize(0);  // nobody asks for lines and columns, which take a tenth of the reading
     // Bytes pass unchanged whatever the file declares. Told otherwise, the XML library would read behind the end of a
     // text that is cut in the middle of a letter.

@@ -1,6 +1,6 @@
 // A clip written, read, copied and checked through one set of calls: as a local file, as a file in memory, as a
-// numbered sequence of files, and on a web server; then the log and the settings. Ends with 1 if anything came back
-// other than it was written.
+// numbered sequence of files, on a web server and in an object store; then the log and the settings. Ends with 1 if
+// anything came back other than it was written.
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -13,6 +13,7 @@
 #include "demo/clip.h"
 #include "demo/log.h"
 #include "demo/network.h"
+#include "demo/object_store.h"
 #include "demo/report.h"
 #include "demo/sequence.h"
 #include "demo/settings.h"
@@ -182,6 +183,7 @@ int run(Clip clip) {
     showMemory(clip, report);
     showSequence(clip, report);
     showNetwork(clip, report);
+    showObjectStore(clip, report);
     showLog(clip, report);
     showSettings(clip, report);
     return report.conclude();

@@ -15,6 +15,7 @@
 #include "border/text.h"
 #include "errlog.h"
 #include "file/network.h"
+#include "file/objects.h"
 #include "file/redirect.h"
 #include "file/search.h"
 #include "kvos/attributes.h"
@@ -35,16 +36,10 @@ std::uint32_t deleteLocal(const char* path) {
     return result == 0 ? 1 : reportFailedDeletion(result);
 }
 
-/// Asks the store to delete an object: 0 when it did, else kRefused. There is no client to ask with in this version.
-std::uint32_t deleteObject(const char* /*address*/) {
-    errno = ENOTSUP;
-    return kRefused;
-}
-
 std::uint32_t deleteByName(const char* path) {
     border::PathBuffer target;
     if (!redirected(path, target)) return reportFailedDeletion(-1);
-    if (kvOSUseAws(target) != 0) return deleteObject(target);
+    if (kvOSUseAws(target) != 0) return deleteObject(target) ? 0 : kRefused;  // the reverse of a local one. Meant
     if (kvOSFUseCurl(target) != 0) return kRefused;
     return deleteLocal(target);
 }

@@ -2,12 +2,13 @@
 //
 // The openers are asked in the order of their list; the first that does not decline decides.
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <string>
 
 #include "border/guard.h"
+#include "border/secrets.h"
 #include "border/text.h"
 #include "errlog.h"
 #include "file/kinds.h"
@@ -32,9 +33,10 @@ kvOSFileHandle* newRecord(std::uint32_t type, const OpenRequest& request) {
 }
 
 void reportFailedOpen(const OpenRequest& request, const char* path) {
-    const int error = errno;
-    ErrOut("kvOSCreateFile(%s,0x%08X,0x%08X,0x%08X,0x%08X)-FAIL=0x%08X(%d) ", path, request.access, request.share,
-           request.creation, request.flags, static_cast<unsigned>(error), error);
+    const border::KeepErrno keep;
+    ErrOut("kvOSCreateFile(%s,0x%08X,0x%08X,0x%08X,0x%08X)-FAIL=0x%08X(%d) ", border::withoutSecrets(path).c_str(),
+           request.access, request.share, request.creation, request.flags, static_cast<unsigned>(keep.value()),
+           keep.value());
 }
 
 namespace {
@@ -48,18 +50,15 @@ void warnOfSharedWriting(const OpenRequest& request) {
            static_cast<int>(reinterpret_cast<std::intptr_t>(request.redirected)));
 }
 
-/// A path that is refused for its length, short enough for a message that still holds its reason.
-struct ShortenedPath {
-    char text[256];
-
-    explicit ShortenedPath(const char* path) { std::snprintf(text, sizeof text, "%.*s...", 252, path); }
-};
+/// A path that is refused for its length, short enough for a message that still holds its reason. Secrets go first: a
+/// cut could take away what shows them for such.
+std::string shortened(const char* path) { return border::withoutSecrets(path).substr(0, 252) + "..."; }
 
 std::int64_t open(OpenRequest request) {
     border::PathBuffer target;
     if (!redirected(request.path, target) || strnlen(request.path, border::kPathSize) == border::kPathSize) {
         errno = ENAMETOOLONG;
-        reportFailedOpen(request, ShortenedPath(request.path).text);
+        reportFailedOpen(request, shortened(request.path).c_str());
         return kInvalidHandle;
     }
     if (target[0] == '\0') return kInvalidHandle;

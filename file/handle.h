@@ -12,6 +12,10 @@
 
 struct curl_slist;
 
+namespace kv::file::s3 {
+struct Object;
+}
+
 namespace kv::file {
 
 enum class Direction : std::uint8_t { none, read, write };
@@ -61,6 +65,7 @@ struct kvOSFileHandle {
     std::uint32_t dwBlockIndex;        // which block it is
     std::uint8_t dwBlockDirty;         // it has unsaved bytes
     std::int64_t hOutput[3];           // attached outputs
+    kv::file::s3::Object* pObject;     // S3: client, address, parts and read-ahead blocks (file/s3/object.h); else null
     kv::file::Direction lastTransfer;  // local: what the stream did last, as it must not change over without a seek
 };
 

@@ -12,6 +12,8 @@ const FileKind& kindOf(const kvOSFileHandle& file) {
             return kMemoryFile;
         case KVFILE_CURL:
             return kUrlFile;
+        case KVFILE_S3:
+            return objectKind();
         default:
             return kLocalFile;
     }

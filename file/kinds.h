@@ -10,7 +10,12 @@
 
 namespace kv::file {
 
-enum class Outcome { failed, done, tryAgain };
+enum class Outcome {
+    failed,
+    done,
+    tryAgain,
+    counted  // a write is done, and its call tells the bytes asked for, where all others tell 1
+};
 
 /// Where a transfer of one call goes.
 struct Transfer {
@@ -58,8 +63,12 @@ struct FileKind {
 extern const FileKind kLocalFile;
 extern const FileKind kMemoryFile;
 extern const FileKind kUrlFile;
+extern const FileKind kS3File;
 
-/// Memory and URL by their value of dwType; any other value is local.
+/// That of S3 objects; without S3 support, where no handle is one, the local kind.
+const FileKind& objectKind();
+
+/// Memory, URL and S3 by their value of dwType; any other value is local.
 const FileKind& kindOf(const kvOSFileHandle& file);
 
 /// Frees the three 1 MiB buffers, as far as they are set, and the record itself.

@@ -76,7 +76,8 @@ private:
         const std::string_view name = entry_.szName;
         if (name == "." || name == "..") return true;
         const bool directory = isDirectory(entry_.dwAttributes);
-        if (!append(name) || (directory && !append("/"))) return true;
+        const bool isSlashed = name.ends_with('/');  // as the folders of a store are
+        if (!append(name) || (directory && !isSlashed && !append("/"))) return true;
         if (!directory) return visitFile(results);
         visitDirectory(results);
         return true;

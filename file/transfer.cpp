@@ -92,7 +92,9 @@ std::uint32_t kvOSWriteFile(std::int64_t hFile, const void* pBuffer, std::uint32
             kvOSWriteFile(output, source, dwCount, &written, nullptr);
         }
     }
-    return kind.write(record, source, {dwCount, pdwWritten, pOverlapped}) == Outcome::done ? 1 : 0;
+    const Outcome outcome = kind.write(record, source, {dwCount, pdwWritten, pOverlapped});
+    if (outcome == Outcome::counted) return dwCount;
+    return outcome == Outcome::done ? 1 : 0;
 }
 
 std::uint32_t kvOSSaveBuffer(const char* path, const void* pBuffer, std::uint32_t dwCount) {

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "border/guard.h"
+#include "border/secrets.h"
 #include "border/text.h"
 #include "errlog.h"
 #include "file/curl.h"
@@ -188,7 +189,7 @@ bool prepare(kvOSFileHandle& file, const Attempt& last) {
     if (isForWriting(file) || isRefusalOfMethod(last.status)) return true;
     setErrno(file.pFile, last.result);
     const border::KeepErrno keep;
-    ErrOut("Error: opening <%s> ", file.szPath);
+    ErrOut("Error: opening <%s> ", border::withoutSecrets(file.szPath).c_str());
     return false;
 }
 

@@ -11,7 +11,7 @@
 #include <tinyxml.h>
 #include <unistd.h>
 
-#include "config/nesting.h"
+#include "border/nesting.h"
 #include "fuzz/input.h"
 #include "kvcfg.h"
 
@@ -42,7 +42,7 @@ void compareDepths(std::string text) {
     text.resize(std::min(text.find('\0'), text.size()));
     TiXmlDocument document;
     document.Parse(text.c_str(), nullptr, TIXML_ENCODING_LEGACY);
-    must(depthOf(document) <= kv::config::deepestNesting(text), "the scan goes as deep as the XML library");
+    must(depthOf(document) <= kv::border::deepestNesting(text), "the scan goes as deep as the XML library");
 }
 
 void walkAll(KVTiXmlConfig* store) {

@@ -11,6 +11,11 @@
 
 #include <stdint.h>
 
+#ifdef __cplusplus
+#include <string>
+#include <vector>
+#endif
+
 #include "dlist.h"
 #include "kvos/export.h"
 
@@ -318,6 +323,74 @@ KVUTIL_API uint32_t ErrLogSetFileName(const char *pBase);
  */
 KVUTIL_API void kvErrLog_RotateFiles(const char *pPrefix, uint64_t qwReserved, const char *pExtension,
                                      uint32_t dwMaximum);
+
+/* ---- The event log: operational events in CSV files that a web server shows, for one thread at a time ---- */
+
+/* Where its files lie. Whether another program writes there is not looked at. */
+#define KVEVENTLOG_FOLDER "/var/www/html/events/"
+
+/**
+ * Writes one event as a line of comma-separated values, and sends the line as a message of code 0.
+ *
+ * The fields are date and time ("2026_11_13-06_30_29", month and day without leading zeros), timecode, name, code and
+ * sub-code ("0x0000000A"), description, details. Meant: the header of a file names seven columns that don't stand over
+ * these. No text is quoted or escaped, so that a comma or a line end in one breaks the line.
+ *
+ * The first event begins a file in KVEVENTLOG_FOLDER, which is made if need be: "event_0000000012_2026_11_13-06_30_29"
+ * with ".csv", its number one above the highest there. The event behind the 2500th line begins the next one. If the
+ * folder holds exactly 100 CSV files, the first of them in the order of the find calls is deleted ahead of that. Meant:
+ * with more than 100 none is.
+ *
+ * Meant: behind kvEventLog_Close, with lines written since the last file was full, no file is begun: events are
+ * messages alone until kvEventLog_SetName. Lines reach the disk as kvOSWriteFile says, at the latest with the close.
+ *
+ * @param pName, pDescription, pDetails  null counts as empty. Meant: the line is the format of the message, so that a
+ *                   "%" in any text is a conversion without its argument: pass none, but "%%" for a single one there.
+ * @param pTimecode  the same; not null by agreement, and then as the others.
+ * @return 0, also where nothing could be written: such a line is not counted, and nothing is reported.
+ *
+ * Messages: the line; those of kvOSCreateFile for a file that can't be opened, of MakeDirStructure, and of
+ *           kvOSDeleteFile.
+ */
+KVUTIL_API uint32_t kvEventLog_Event(uint32_t dwCode, uint32_t dwSubCode, const char *pName, const char *pDescription,
+                                     const char *pDetails, const char *pTimecode);
+
+/**
+ * Opens a file for the events that follow, behind what it holds; one that is empty or missing gets the header. Closes
+ * the one that is open.
+ *
+ * Meant: lines go on being counted from where they were, so that a file may be full ahead of its 2500th line, or later.
+ *
+ * @param pPath  any name that kvOSCreateFile takes, but not the text of kvEventLog_GetName while a file is open: the
+ *               close empties it. Null closes only.
+ * @return 0, also for a file that can't be opened: its path is then the name all the same. Meant: where no line has
+ * been written, the next event then begins a file in KVEVENTLOG_FOLDER after all.
+ *
+ * Last error: kept, but ENAMETOOLONG for a path that does not fit; no name is then left.
+ * Messages:   those of kvOSCreateFile.
+ */
+KVUTIL_API uint32_t kvEventLog_SetName(const char *pPath);
+
+/** Closes the file, if one is open, and forgets its name. Returns 0. */
+KVUTIL_API uint32_t kvEventLog_Close(void);
+
+/** The path of the file, or an empty text. It belongs to the library and changes with the calls above. */
+KVUTIL_API const char *kvEventLog_GetName(void);
+
+/** The codes of the last event; 0 ahead of the first. */
+KVUTIL_API uint32_t kvEventLog_GetLastEventCode(void);
+KVUTIL_API uint32_t kvEventLog_GetLastEventSubCode(void);
+
+#ifdef __cplusplus
+/**
+ * Lists the CSV files in KVEVENTLOG_FOLDER by their names, in the order of the find calls.
+ *
+ * @param pNames  receives the names behind what it holds; null: nothing is listed.
+ * @return the highest number that stands between the first two "_" of a name; 0 if no name has two. Meant: a "-" ahead
+ *         of it does not count, and of the lowest 32 bits what stands for a negative number counts without its sign.
+ */
+KVUTIL_API uint32_t kvEventLog_FindFiles(std::vector<std::string> *pNames);
+#endif
 
 #ifdef __cplusplus
 }

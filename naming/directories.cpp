@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "border/guard.h"
+#include "border/secrets.h"
 #include "border/text.h"
 #include "errlog.h"
 #include "kvos/attributes.h"
@@ -54,7 +55,7 @@ bool makeOne(const char* path, const char* topmost) {
     if (kvOSMakeDir(path, kMode) == 0) return true;
     const border::KeepErrno keep;
     if (kvOSMakeDir(topmost, kMode) != 0) {
-        ErrOut("Unable to make directory: %s, errno = %d\n", path, keep.value());
+        ErrOut("Unable to make directory: %s, errno = %d\n", border::withoutSecrets(path).c_str(), keep.value());
         return false;
     }
     kvOSMakeDir(path, kMode);

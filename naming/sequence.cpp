@@ -13,9 +13,9 @@
 
 #include "border/guard.h"
 #include "border/text.h"
-#include "kvos/find.h"
 #include "kvos/naming.h"
 #include "naming/append.h"
+#include "naming/enumeration.h"
 #include "naming/numbered_name.h"
 #include "naming/path_parts.h"
 
@@ -23,27 +23,6 @@ namespace kv::naming {
 namespace {
 
 constexpr std::uint32_t kNoNumber = 0xFFFFFFFF;
-
-/// One enumeration, open as long as the object lives and positioned on an entry.
-class Enumeration {
-public:
-    explicit Enumeration(const char* pattern) : handle_(kvOSFindFirstFile(pattern, &entry_)) {}
-    ~Enumeration() {
-        if (!isOpen()) return;
-        const border::KeepErrno keep;
-        kvOSFindClose(handle_);
-    }
-    Enumeration(const Enumeration&) = delete;
-    Enumeration& operator=(const Enumeration&) = delete;
-
-    bool isOpen() const { return handle_ != -1; }
-    const char* name() const { return entry_.szName; }
-    bool next() { return kvOSFindNextFile(handle_, &entry_) != 0; }
-
-private:
-    kvOSFindData entry_{};
-    std::int64_t handle_;  // behind the entry, which is filled while the handle is made
-};
 
 /// The name of an entry without its extension; empty for one that no path buffer holds.
 std::string_view stemOf(const char* entry) {

@@ -1,4 +1,4 @@
-// Wide text to UTF-8.
+// Text of wide or 16-bit units to UTF-8.
 //
 // The limit is looked at once a unit, not once a byte: a form that was begun is finished, up to two bytes past it.
 #include <cstddef>
@@ -26,22 +26,31 @@ constexpr Form formOf(std::uint32_t unit) {
     return {{}, 0};
 }
 
+template <class Unit>
+std::int64_t encode(char* target, const Unit* source, std::int64_t limit) {
+    constexpr std::uint32_t kUnitMask = 0xFFFF;
+    std::int64_t written = 0;
+    while (written < limit) {
+        const std::uint32_t unit = source == nullptr ? 0 : static_cast<std::uint32_t>(*source++) & kUnitMask;
+        if (unit == 0) {
+            if (target != nullptr) target[written] = '\0';
+            break;
+        }
+        const Form form = formOf(unit);
+        for (std::size_t i = 0; i < form.length; ++i, ++written) {
+            if (target != nullptr) target[written] = static_cast<char>(form.bytes[i]);
+        }
+    }
+    return written + 1;
+}
+
 }  // namespace
 }  // namespace kv::text
 
 std::int64_t kvStr_wchar_to_UTF8(char* pTarget, const wchar_t* pSource, std::int64_t nLimit) {
-    constexpr std::uint32_t kUnitMask = 0xFFFF;
-    std::int64_t written = 0;
-    while (written < nLimit) {
-        const std::uint32_t unit = pSource == nullptr ? 0 : static_cast<std::uint32_t>(*pSource++) & kUnitMask;
-        if (unit == 0) {
-            if (pTarget != nullptr) pTarget[written] = '\0';
-            break;
-        }
-        const kv::text::Form form = kv::text::formOf(unit);
-        for (std::size_t i = 0; i < form.length; ++i, ++written) {
-            if (pTarget != nullptr) pTarget[written] = static_cast<char>(form.bytes[i]);
-        }
-    }
-    return written + 1;
+    return kv::text::encode(pTarget, pSource, nLimit);
+}
+
+std::int64_t kvStr_UTF16_to_UTF8(char* pTarget, const std::uint16_t* pSource, std::int64_t nLimit) {
+    return kv::text::encode(pTarget, pSource, nLimit);
 }

@@ -65,8 +65,9 @@ KVUTIL_API int64_t kvOSFileTimeAccessed(const char *pPath);
  *
  * Local: KVATTR_DIRECTORY for a directory, KVATTR_READONLY where UTIL_IsReadOnlyBitsSet says so, else KVATTR_NORMAL.
  * URL: if it exists (or is on gvecNames after the redirect), KVATTR_DIRECTORY for a text that ends in a slash or
- * backslash, else KVATTR_NORMAL. S3: KVATTR_NORMAL for an object with content, KVATTR_DIRECTORY for an empty one and
- * for a missing one whose text ends in a slash or backslash.
+ * backslash, else KVATTR_NORMAL. S3: KVATTR_NORMAL for an object with content; meant: KVATTR_DIRECTORY for an empty
+ * one, and for whatever can't be opened, for want of a store or of rights too, where the text ends in a slash or
+ * backslash.
  *
  * @return the bits; meant: 0 for a local path that stat does not find. KVATTR_INVALID for a null path, for a local path
  *         that is neither file nor directory (a socket, a device), and for a network path that does not exist.
@@ -116,11 +117,15 @@ KVUTIL_API uint32_t UTIL_IsExecuteBitsSet(const struct stat *pStat);
 /**
  * Deletes a file, or a link but not its target.
  *
- * @return local: 1, or 0 on failure. URL: 0xFFFFFFFF. S3: meant, the reverse: 0 when deleted, 0xFFFFFFFF on failure,
- *         which in this version every S3 address meets.
+ * An S3 object is deleted by a client made for this call, which goes by kvos/s3.h like an open, but for this, meant:
+ * it looks at no setting, always talks TLS, and verifies no certificate of a host that the locator names. Many stores
+ * report success for an object that was not there.
  *
- * Last error: of unlink; ENOTSUP for an S3 address.
- * Messages:   "kvOSDeleteFile failed error = -1 " with every local failure.
+ * @return local: 1, or 0 on failure. URL: 0xFFFFFFFF. S3: meant, the reverse: 0 when deleted, 0xFFFFFFFF on failure.
+ *
+ * Last error: of unlink; S3: EINVAL without a bucket or a key, ENAMETOOLONG for a part that does not fit, ENOENT and
+ *             EACCES as the store says, else what comes nearest to the failure.
+ * Messages:   "kvOSDeleteFile failed error = -1 " with every local failure; those of kvOSAwsAccess for S3.
  */
 KVUTIL_API uint32_t kvOSDeleteFile(const char *pPath);
 

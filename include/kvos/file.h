@@ -58,17 +58,23 @@ typedef struct kvOSOverlapped {
  *                    2 truncates or creates, with any other value opens what is there and creates what is missing;
  *                    read-and-write access with 1 or 2 truncates or creates, with any other value needs the file.
  *                    Meant: 1 truncates a file that exists, 5 truncates nothing, 3 with write-only access creates, and
- *                    read-only access ignores the value.
+ *                    read-only access ignores the value. On an S3 object: 3 needs the object, 4 takes whatever keeps
+ *                    it from being read for an empty one, and every other value, meant: with any access, begins an
+ *                    upload, that is, needs the right to write.
  * @param dwFlags     stored, and handed to attached outputs without bit 0x40000000; an open does not look at it.
  * @return the handle, owned by the caller until kvOSCloseFile; -1 on failure; meant: 0 for a null path.
  *
- * Last error: errno as the system left it; 2 for a null path.
+ * Last error: errno as the system left it; 2 for a null path. Of a URL or an S3 object what comes nearest: ENOENT for
+ *             one that is not there, EACCES for one that is refused; ENAMETOOLONG for an S3 address with a part that
+ *             does not fit (kvOSAwsParse).
  * Messages:   "kvOSCreateFile(%s,...)-FAIL=..." for every failed local open, a missing file included, and for a path
  *             that is too long, which it shows cut; "Error: opening <%s> " for a URL, and there "Unable to open oauth
  *             file <%s>", those of kvOSOAuthAuthorize, and of a redirect that was not followed "\nRedirect return,
  *             likely your token authentication is not setup properly, so it is attempting a oath2 redirect\n" with
- *             the headers; "Writing <%d> being open for write with write share enabled!" for shared writing; none for
- *             an empty path.
+ *             the headers; "Aws::HeadObject exception/error    ONE: %s %s\n" for an S3 object that is there or may be
+ *             and can't be opened, "Aws::HeadObject exception/error     TWO: %s %s\n" for an upload that can't begin,
+ *             and those of kvOSAwsAccess; "Writing <%d> being open for write with write share enabled!" for shared
+ *             writing; none for an empty path. The secret of a login in a locator is shown as "***".
  * Threads:    may be called from any thread. A handle belongs to one thread at a time.
  */
 KVUTIL_API int64_t kvOSCreateFile(const char *path, uint32_t dwAccess, uint32_t dwShare, void *pSecurity,
@@ -103,10 +109,22 @@ KVUTIL_API uint32_t kvOSAddOutputFile(int64_t hFile, const char *path);
  * Closes a handle and its attached outputs, and frees it whatever the system reports. Buffered local data reaches the
  * system here at the latest.
  *
+ * An S3 object that was written to comes into being here: its parts are joined in the store and then deleted, also when
+ * they could not be joined. Meant: what fails of this is told by messages alone. A handle that nothing was written to
+ * makes no object, and the upload that its open began stays behind in the store.
+ *
  * @return 1; 0 for the handles 0 and -1, and when closing a local file failed (data may not have reached the disk).
  *
  * Last error: errno of the failed close.
- * Messages:   "kvOSCloseFile(%d)-FAIL=0x%08X(%d) " for a failed close with an error above 0 other than 997.
+ * Messages:   "kvOSCloseFile(%d)-FAIL=0x%08X(%d) " for a failed close with an error above 0 other than 997. Of an S3
+ *             object that was written to, for each part "Aws::Object name: %s and object size %llu \n" and
+ *             "Aws::Deleted object: %s \n"; for what the store refuses those of skvOSWriteAWSBlock and, with the
+ *             store's words, "Aws::HeadObject exception/error    THREE: %s %s\n", "Aws::Deleted err exception: %s \n"
+ *             with "Aws::Deleted err ERROR: %s \n" or "Aws::Deleted err message: %s \n", "Aws::GetObject <%s>
+ *             exception/error: %s %s\n", "\nAws::HeadObject exception/error    FOUR: %s %s\n" and
+ *             "\nAws::HeadObject exception/error  FIVE: %s %s\n"; for parts that are missing "Aws:: Found object, but
+ *             part does not exist <%d, max=%d> ", the same with "!Found", and "Aws:: Adding first object, but list is
+ *             empty <%d, max=%d> ".
  */
 KVUTIL_API uint32_t kvOSCloseFile(int64_t hFile);
 
@@ -120,13 +138,14 @@ KVUTIL_API uint32_t kvOSCloseFile(int64_t hFile);
  * @param pdwRead      receives the bytes read; may be null on local and memory files. On a local file, bytes that came
  *                     before an error are counted and the read succeeds; without a count it fails.
  * @param pOverlapped  null, or a record whose qwOffset is used.
- * @return 1, or 0. On a local file at its end: 0 bytes, and 1. On a memory file or a URL at its end: 0; meant. Meant:
+ * @return 1, or 0. On a local file at its end: 0 bytes, and 1. On all other kinds at the end: 0; meant. Meant:
  *         a read of less than 1 MiB from a URL counts what was wanted, with zeros for what did not come.
  *         Meant: a count of 0xFFFFFFFF is refused like an invalid handle.
  *
- * Last error: errno of the failed read; as it was at the end of a memory file.
+ * Last error: errno of the failed read, EIO for an S3 object; as it was at the end of a memory file or an S3 object.
  * Messages:   "kvOSReadFile(INVALID_HANDLE_VALUE) " for the handles 0 and -1; "kvOSReadFile(%d %d)-FAIL=..." for an
  *             error above 0 other than 997. Error 59 sends "...unexpected network error..." and tries again, for ever.
+ *             Of an S3 object those of s3cRequestBlock and s3cReadFromCache.
  */
 KVUTIL_API uint32_t kvOSReadFile(int64_t hFile, void *pBuffer, uint32_t dwCount, uint32_t *pdwRead,
                                  kvOSOverlapped *pOverlapped);
@@ -136,6 +155,9 @@ KVUTIL_API uint32_t kvOSReadFile(int64_t hFile, void *pBuffer, uint32_t dwCount,
  *
  * A memory file grows without limit; a write beyond its end leaves the gap as whatever the buffer holds. On a local
  * file the bytes may stay in the stream's buffer until kvOSCloseFile, which is then the call that reports a full disk.
+ * An S3 object is collected in parts of 60 MiB and made by kvOSCloseFile; it is then what was written, from the first
+ * byte on, with zeros where parts were left open, and nothing is left of an object that was there before. Meant: a
+ * whole part that is left out breaks the object off there, of which messages tell.
  * On a URL each call is a request, with a zero byte behind the data unless it is JSON ("{" first) by POST or PATCH.
  *
  * @param pBuffer     dwCount bytes; null is refused with EINVAL unless dwCount is 0. Meant: of a URL, the answer
@@ -145,11 +167,15 @@ KVUTIL_API uint32_t kvOSReadFile(int64_t hFile, void *pBuffer, uint32_t dwCount,
  * @param pOverlapped null, or a record whose qwOffset is used (local files). Meant: on a URL a text in its place, which
  *                    begins with "POST" or "PATCH" in any case; null sends a PUT, which needs KVFILE_WRITE.
  * @return 1, meant also for a short write whose count was asked for, and for a POST or PATCH whatever the status; 0
- * when nothing could be written.
+ * when nothing could be written. Meant, on an S3 object: dwCount in place of 1, 0 for no bytes, and success also
+ * when the store refuses a part, which messages alone tell.
  *
- * Last error: errno of the failed write. On a memory file EINVAL after a refused seek, EFBIG or ENOMEM without room.
+ * Last error: errno of the failed write. On a memory file or an S3 object EINVAL after a refused seek, EFBIG or ENOMEM
+ *             without room.
  * Messages:   "kvOSWriteFile(INVALID_HANDLE_VALUE) " for the handles 0 and -1; "ERROR(kvFile): kvOSWriteFile(%d
  *             %d)-FAIL=..." for an error above 0 other than 997.
+ *             Of an S3 object those of skvOSWriteAWSBlock and kvOSReadAWSBlock, and "ERROR(kvFile): Unable to allocate
+ *             AWS cache block\n\r".
  */
 KVUTIL_API uint32_t kvOSWriteFile(int64_t hFile, const void *pBuffer, uint32_t dwCount, uint32_t *pdwWritten,
                                   kvOSOverlapped *pOverlapped);

@@ -1,7 +1,8 @@
 // Enumeration of directories: find first, next and close, and a walk over a tree.
 //
 // A find handle belongs to one thread at a time. The find calls take their pattern as it stands: the redirect of the
-// file layer is not applied to it. What an entry says is found by its path, the directory of the pattern and the name:
+// file layer is not applied to it. What a local entry says is found by its path, the directory of the pattern and the
+// name:
 // name, times and size are of that path as it stands, while the attributes come from kvOSGetFileAttributes, which
 // redirects it first. kvOSRecurseDirectory asks kvOSFileIsDir about the redirected directory and lists the given one.
 //
@@ -38,13 +39,13 @@ typedef struct kvOSFileTime {
 
 /** One entry of an enumeration. */
 typedef struct kvOSFindData {
-    uint32_t dwAttributes;   /* as kvOSGetFileAttributes gives them */
-    kvOSFileTime ftCreation; /* local: the time of the last status change */
+    uint32_t dwAttributes;   /* as kvOSGetFileAttributes gives them; S3: by the name, which ends in "/" for a folder */
+    kvOSFileTime ftCreation; /* local: the time of the last status change; S3: 0, like the other two */
     kvOSFileTime ftAccess;
     kvOSFileTime ftWrite;
-    uint32_t dwSizeHigh; /* bytes; meant: 0 on local files, whatever their size */
+    uint32_t dwSizeHigh; /* high 32 bits of an object's size; meant: 0 on local files, whatever their size */
     uint32_t dwSizeLow;  /* bytes; the low 32 bits of the size */
-    uint8_t reserved[8];
+    uint8_t reserved[8]; /* S3: zeroed */
     char szName[4097]; /* the entry's name, without its directory */
 } kvOSFindData;
 
@@ -53,7 +54,12 @@ typedef struct kvOSFindData {
  *
  * "*" and "?" count in the last component only, and "[" and "]" match themselves. A last component that begins with "*"
  * finds hidden names too, "." and ".." among them, and the extension ".*" also finds names without any. Entries come in
- * the order of strcasecmp, "." and ".." first. A pattern that kvOSUseAws accepts names an S3 prefix.
+ * the order of strcasecmp, "." and ".." first.
+ *
+ * A pattern that kvOSUseAws accepts lists a folder of a bucket: what stands ahead of the last "/" of the key. What
+ * stands behind it is not looked at, wildcards neither; backslashes count as "/". Folders come as their name and a "/",
+ * with KVATTR_DIRECTORY. The order is that of the store's pages, in each the folders first. Meant: a "/" ahead of the
+ * third character of the key is not seen, so that a folder of one letter can't be listed and the whole bucket is.
  *
  * Meant: a pattern whose only "/" is its first character, or that has none, is split so that it becomes its own
  * directory: "*.txt" and "/?" fail, "./a*" works.
@@ -61,10 +67,11 @@ typedef struct kvOSFindData {
  * @param pPattern  directory and name, shorter than 4096 bytes.
  * @param pData     receives the first entry.
  * @return the handle, the caller's until kvOSFindClose; -1 when nothing matched, for null pointers, for a pattern
- *         without a name and for a wildcard in the directory. In this version also for every S3 prefix.
+ *         without a name, for a wildcard in the directory, and when a store refuses or can't be reached.
  *
  * Last error: -1 on failure; ENAMETOOLONG for a pattern that does not fit, and when all that matched was left out for
- *             the length of its path; ENOTSUP for an S3 prefix; ENOMEM without memory.
+ *             the length of its path; S3: that of the failed request, as kvOSCreateFile has it; ENOMEM without memory.
+ * Messages:   those of kvOSAwsAccess for S3; none otherwise.
  */
 KVUTIL_API int64_t kvOSFindFirstFile(const char *pPattern, kvOSFindData *pData);
 
@@ -78,10 +85,15 @@ KVUTIL_API int64_t kvOSFindFirstFile(const char *pPattern, kvOSFindData *pData);
  * begins with one has an empty name. A directory is then named by what its path holds beyond the length of the first
  * path found: "http:/?dir" behind "http:/." is "dir".
  *
+ * On S3 the object that stands for the listed folder itself is left out. Meant: the next page of a long listing is
+ * fetched as soon as no object of the last one is left, so that of a page without objects, which is not the last one,
+ * only the first folder is delivered; list what holds more than a thousand folders by longer prefixes.
+ *
  * @return 1 when pData was filled; 0 at the end, for the handles 0 and -1 and for a null pData.
  *
  * Last error: meant: -1 whenever the result is 0; callers tell the end of a listing by it. ENAMETOOLONG at the end of
- *             one that left out entries whose paths do not fit.
+ *             one that left out entries whose paths do not fit. S3: that of the failed request where a page could not
+ *             be fetched, so that the listing is not the whole.
  */
 KVUTIL_API uint32_t kvOSFindNextFile(int64_t hFind, kvOSFindData *pData);
 

@@ -238,6 +238,30 @@ KVUTIL_API void DuplicateContents(const char *pDestination, const char *pSource)
  */
 KVUTIL_API int32_t MakeDirStructure(const char *pPath);
 
+/** An extension without its dot, and the MIME type it stands for. */
+typedef struct kvMimeRow {
+    const char *pKey;
+    const char *pType;
+} kvMimeRow;
+
+/*
+ * What kvGetMimeType looks through. The order is part of the answer: six favoured rows, the others by their keys, and
+ * the rows of rtin and xmp. The favoured keys stand in the body a second time, where they are never reached.
+ */
+extern KVUTIL_API const kvMimeRow kvStaticMimeList[352];
+
+/**
+ * The MIME type of the first row of kvStaticMimeList whose key occurs in a name.
+ *
+ * Meant: a key counts wherever it stands, not only as the extension, and in its own case only. "clip.mov.wav" is
+ * "audio/wave", "image.png" has the type of "ma", "clip.ts" and "clip.txt" that of "t", "clip.rtin" that of "in", and
+ * "CLIP.WAV" none. Give the bare extension where the rest of the name must not count.
+ *
+ * @param pName  a file name or an extension; null counts as empty.
+ * @return a text that belongs to the library; "application/xml" where no key occurs.
+ */
+KVUTIL_API const char *kvGetMimeType(const char *pName);
+
 #ifdef __cplusplus
 }
 #endif

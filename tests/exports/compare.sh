@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# compare.sh LIBRARY FOLDER: the names that LIBRARY exports against those that FOLDER/*.txt list, both ways.
+# compare.sh LIBRARY LIST...: the names that LIBRARY exports against those in the lists, both ways.
 set -euo pipefail
 library=$1
-folder=$2
+shift
 
-listed=$(sed 's/#.*//; s/[[:space:]]//g; /^$/d' "$folder"/*.txt | sort)
+listed=$(sed 's/#.*//; s/[[:space:]]//g; /^$/d' "$@" | sort)
 doubled=$(uniq -d <<<"$listed")
 # A sanitizer's own marks are not the library's.
 exported=$(nm -D --defined-only "$library" | awk '{print $NF}' | grep -vE '^(__asan|__odr_asan|__ubsan|__tsan)' | sort)

@@ -27,6 +27,8 @@ public:
         const std::string* upload = nullptr;
         std::string range = "";
         std::string certificate = "";  // whom to trust
+        std::string user = "";         // "name:password"
+        std::string signature = "";    // what an object store's request is signed for: "aws:amz:REGION:s3"
         bool headOnly = false;
         bool follows = false;
         bool unpack = false;
@@ -52,6 +54,8 @@ public:
         if (options.unpack) set(CURLOPT_ACCEPT_ENCODING, "gzip");
         if (!options.range.empty()) set(CURLOPT_RANGE, options.range.c_str());
         if (!options.certificate.empty()) set(CURLOPT_CAINFO, options.certificate.c_str());
+        if (!options.user.empty()) set(CURLOPT_USERPWD, options.user.c_str());
+        if (!options.signature.empty()) set(CURLOPT_AWS_SIGV4, options.signature.c_str());
         if (!options.body.empty()) set(CURLOPT_COPYPOSTFIELDS, options.body.c_str());
         Unsent unsent;
         if (options.upload != nullptr) {

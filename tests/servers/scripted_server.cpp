@@ -145,7 +145,8 @@ std::string chunked(std::string_view body) {
 }
 
 bool endsConnection(const Request& request, const Answer& answer) {
-    return !answer.keepAlive || answer.framing == Answer::Framing::untilClose ||
+    const bool lies = request.method != "HEAD" && answer.announced && *answer.announced != answer.body.size();
+    return !answer.keepAlive || lies || answer.framing == Answer::Framing::untilClose ||
            answer.framing == Answer::Framing::asGiven || answer.cutAfter.has_value() ||
            strcasecmp(request.header("Connection").c_str(), "close") == 0;
 }
@@ -153,7 +154,7 @@ bool endsConnection(const Request& request, const Answer& answer) {
 std::string headOf(const Request& request, const Answer& answer) {
     std::string head = "HTTP/1.1 " + std::to_string(answer.status) + " " + answer.reason + "\r\n";
     if (answer.framing == Answer::Framing::length)
-        head += "Content-Length: " + std::to_string(answer.body.size()) + "\r\n";
+        head += "Content-Length: " + std::to_string(answer.announced.value_or(answer.body.size())) + "\r\n";
     if (answer.framing == Answer::Framing::chunked) head += "Transfer-Encoding: chunked\r\n";
     if (endsConnection(request, answer)) head += "Connection: close\r\n";
     for (const auto& [name, value] : answer.headers) head += name + ": " + value + "\r\n";

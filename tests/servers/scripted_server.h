@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -50,6 +51,8 @@ struct Answer {
     std::vector<std::pair<std::string, std::string>> headers = {};
     std::string body = {};  // not sent in answer to HEAD, whose headers tell its length all the same
     Framing framing = Framing::length;
+    std::optional<std::uint64_t> announced =
+        {};  // a Content-Length other than that of the body, which is sent as it is
 
     std::optional<std::size_t> cutAfter = {};    // the connection ends after that many bytes of the body as framed
     Ending ending = Ending::close;               // how it ends: with an orderly close, or with a reset

@@ -68,6 +68,21 @@ TEST(ScriptedServer, AnswersToHeadWithTheLengthAlone) {
     EXPECT_EQ(server.connections(), 1);
 }
 
+TEST(ScriptedServer, AnnouncesALengthThatIsNotTheBodys) {
+    ScriptedServer server([](const Request& request) {
+        return Answer{.body = "12345", .announced = request.target == "/longer" ? 7u : 3u};
+    });
+    Client client;
+    EXPECT_NE(client.fetch(server.url("/longer"), {.headOnly = true}).headers.find("Content-Length: 7\r\n"),
+              std::string::npos);
+    const Fetched cut = client.fetch(server.url("/longer"));
+    EXPECT_EQ(cut.result, CURLE_PARTIAL_FILE);
+    EXPECT_EQ(cut.body, "12345");
+    EXPECT_EQ(server.connections(), 1);
+    EXPECT_EQ(client.fetch(server.url("/shorter")).body, "123");
+    EXPECT_EQ(server.connections(), 2);
+}
+
 TEST(ScriptedServer, SendsABodyWithoutALength) {
     const std::string content(2500, 'x');
     for (const Framing framing : {Framing::chunked, Framing::untilClose, Framing::asGiven}) {

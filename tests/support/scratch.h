@@ -8,9 +8,10 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace kvtest {
 
@@ -43,8 +44,9 @@ inline void makeFile(const std::string& path, std::string_view content = {}) {
 }
 
 inline std::string contentOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::ostringstream content;
+    content << std::ifstream(path, std::ios::binary).rdbuf();
+    return std::move(content).str();
 }
 
 }  // namespace kvtest

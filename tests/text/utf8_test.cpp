@@ -1,4 +1,4 @@
-// Wide text to UTF-8.
+// Text of wide or 16-bit units to UTF-8.
 #include <cstddef>
 #include <cstdint>
 #include <gtest/gtest.h>
@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "kvos/text.h"
+#include "text/inputs.h"
 
 namespace {
 
@@ -96,6 +97,62 @@ TEST(Utf8, ALimitBelowOneGivesOneAndWritesNothing) {
         EXPECT_EQ(out.result, 1);
         EXPECT_EQ(out.all(), "##");
     }
+}
+
+using Units = std::vector<std::uint16_t>;
+
+std::string encodedByModel(const Units& units, std::int64_t limit) {
+    std::string out;
+    for (const unsigned unit : units) {
+        if (static_cast<std::int64_t>(out.size()) >= limit || unit == 0) break;
+        if (unit < 0x80) out += kvtest::byteText(unit);
+        if (unit >= 0x80 && unit < 0x800) out += kvtest::byteText(192 + unit / 64) + kvtest::byteText(128 + unit % 64);
+        if (unit >= 0x800 && unit < 0xFFFF) {
+            out += kvtest::byteText(224 + unit / 4096) + kvtest::byteText(128 + unit / 64 % 64) +
+                   kvtest::byteText(128 + unit % 64);
+        }
+    }
+    return out;
+}
+
+/// Both widths, with the text ended by a zero unit.
+void checkBothWidths(Units units, std::int64_t limit) {
+    const std::string expected = encodedByModel(units, limit);
+    units.push_back(0);
+    std::wstring wide(units.begin(), units.end());
+    for (wchar_t& unit : wide) unit = static_cast<wchar_t>(unit | 0x10000);  // lost
+    const Encoded fromWide(wide.c_str(), limit);
+    std::vector<char> from16(fromWide.bytes.size(), '#');
+    EXPECT_EQ(kvStr_UTF16_to_UTF8(from16.data(), units.data(), limit), fromWide.result);
+    EXPECT_EQ(from16, fromWide.bytes);
+    EXPECT_EQ(kvStr_UTF16_to_UTF8(nullptr, units.data(), limit), fromWide.result);
+    ASSERT_EQ(fromWide.result, static_cast<std::int64_t>(expected.size()) + 1);
+    const bool isEnded = static_cast<std::int64_t>(expected.size()) < limit;
+    std::string all = expected + (isEnded ? std::string(1, '\0') : "");
+    all.resize(fromWide.bytes.size(), '#');
+    ASSERT_EQ(fromWide.all(), all);
+}
+
+TEST(Utf8, EveryUnitIsEncodedAsTheModelDoes) {
+    for (unsigned unit = 0; unit <= 0xFFFF && !testing::Test::HasFailure(); ++unit) {
+        checkBothWidths({static_cast<std::uint16_t>(unit)}, 4);
+    }
+}
+
+TEST(Utf8, TextsAtEveryLimitAreEncodedAsTheModelDoes) {
+    kvtest::Dice dice;
+    for (int i = 0; i < 2000 && !testing::Test::HasFailure(); ++i) {
+        Units units(dice.below(12));
+        for (std::uint16_t& unit : units)
+            unit = static_cast<std::uint16_t>(1 + (dice.word() & 0xFFFF) % (dice.below(2) == 0 ? 0x900 : 0xFFFF));
+        for (std::int64_t limit = -1; limit < 40; ++limit) checkBothWidths(units, limit);
+    }
+}
+
+TEST(Utf8, TextOf16BitUnitsIsMeasuredToo) {
+    EXPECT_EQ(kvStr_UTF16_to_UTF8(nullptr, nullptr, kNoLimit), 1);
+    const std::uint16_t euro[] = {0x20AC, 0};
+    EXPECT_EQ(kvStr_UTF16_to_UTF8(nullptr, euro, kNoLimit), 4);
 }
 
 }  // namespace

@@ -11,4 +11,7 @@ namespace kvtest {
 /// Makes gettimeofday show this moment until the end of the process.
 void stopWallClock(std::int64_t seconds, std::int64_t microseconds);
 
+/// The same, but each time that it has been read so often the clock moves on by a microsecond.
+void stopWallClock(std::int64_t seconds, std::int64_t microseconds, int readsEach);
+
 }  // namespace kvtest

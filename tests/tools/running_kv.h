@@ -44,6 +44,7 @@ public:
     RunningKv(const RunningKv&) = delete;
     RunningKv& operator=(const RunningKv&) = delete;
 
+    pid_t process() const { return child_; }
     void send(int signal) const { kill(child_, signal); }
 
     /// Waits for its end. Of a terminal's text, what a terminal holds: some KiB.

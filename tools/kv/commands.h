@@ -22,12 +22,14 @@ using Chosen = std::function<Exit()>;
 /// Adds one command to the parser; when it is the one that was asked for, `chosen` is what it does.
 using Declare = void(CLI::App& app, Chosen& chosen);
 
-Declare declareCat, declareCfg, declareCp, declareCut, declareLog, declareLs, declareM3u8, declareMkdir, declareMv,
-    declarePut, declareRest, declareRm, declareSplit, declareStat, declareVerify;
+Declare declareAudio, declareCat, declareCfg, declareCp, declareCut, declareEvent, declareEvents, declareFourcc,
+    declareLcd, declareLog, declareLs, declareM3u8, declareMkdir, declareMv, declarePut, declareRest, declareRm,
+    declareSeq, declareSerial, declareSplit, declareStat, declareVerify;
 
 /// In the order in which help lists them.
-inline constexpr std::array kCommands{declareCat,    declarePut,  declareCp,  declareMv,  declareCut,
-                                      declareVerify, declareStat, declareLs,  declareRm,  declareMkdir,
-                                      declareSplit,  declareM3u8, declareCfg, declareLog, declareRest};
+inline constexpr std::array kCommands{
+    declareCat,   declarePut,    declareCp,    declareMv,     declareCut,    declareVerify, declareStat, declareLs,
+    declareRm,    declareMkdir,  declareSplit, declareSeq,    declareAudio,  declareM3u8,   declareCfg,  declareLog,
+    declareEvent, declareEvents, declareRest,  declareFourcc, declareSerial, declareLcd};
 
 }  // namespace kv::tool

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "kv/printable.h"
+#include "kv/secrets.h"
 #include "kvos/file.h"
 
 namespace kv::tool {
@@ -15,7 +16,7 @@ constexpr std::uint32_t kEndOfSearch = 0xFFFFFFFF;  // what the find calls leave
 }  // namespace
 
 void complain(std::string_view text) {
-    const std::string line = "kv: " + printable(text) + "\n";
+    const std::string line = "kv: " + printable(withoutSecrets(text)) + "\n";
     std::fputs(line.c_str(), stderr);
 }
 

@@ -7,7 +7,7 @@
 
 namespace kv::tool {
 
-/// Writes "kv: ", the text and a line end. Control characters are shown, so that it stays one line.
+/// Writes "kv: ", the text and a line end. Control characters are shown, so that it stays one line; secrets are not.
 void complain(std::string_view text);
 
 /// Writes "kv: cannot <action> '<name>': <reason>", the reason being that of the number, as the last error has it.

@@ -53,7 +53,8 @@ Exit copy(Source& source, std::optional<std::uint64_t> bytes, const NewFile& fil
 }  // namespace
 
 std::string targetOf(const std::string& source, const std::string& destination) {
-    if (!isLocalFolder(destination)) return destination;
+    const bool isFolderOfStore = destination.ends_with('/') && isObject(destination);
+    if (!isFolderOfStore && !isLocalFolder(destination)) return destination;
     return destination + (destination.ends_with('/') ? "" : "/") + nameOf(source);
 }
 

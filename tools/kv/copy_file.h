@@ -10,7 +10,8 @@
 
 namespace kv::tool {
 
-/// Where the copy goes: the locator itself, or its source's name in it if it is a local folder.
+/// Where the copy goes: the locator itself, or its source's name in it if it is a local folder or, by the "/" at its
+/// end, one of a store.
 std::string targetOf(const std::string& source, const std::string& destination);
 
 /// Whether both name the same file, or the destination can't be one; that is told.

@@ -1,5 +1,6 @@
-// A local file is written beside its name and renamed when it is whole. A server gets the whole in one request, and is
-// asked for it afterwards: the library's call does not tell whether a server took what it was sent.
+// A local file is written beside its name and renamed when it is whole. A server gets the whole in one request, a store
+// gets it in parts, and both are asked for it afterwards: the library's calls do not tell whether they took what they
+// were sent.
 #include "kv/destination.h"
 
 #include <cstdlib>
@@ -218,6 +219,75 @@ private:
     std::string body_;
 };
 
+// ---- stores ------------------------------------------------------------------------------------------------------
+
+/// A number that tells two contents apart, FNV-1a.
+class Digest {
+public:
+    void add(std::span<const char> bytes) {
+        for (const char byte : bytes) value_ = (value_ ^ static_cast<unsigned char>(byte)) * 0x100000001B3;
+    }
+    bool operator==(const Digest&) const = default;
+
+private:
+    std::uint64_t value_ = 0xCBF29CE484222325;
+};
+
+/// The object appears when it is closed, in one piece or not at all.
+class StoredFile : public Destination {
+public:
+    StoredFile(std::string locator, OpenFile file)
+        : locator_(std::move(locator)), before_(sizeOf(locator_)), file_(std::move(file)) {}
+
+    bool write(std::span<const char> bytes) override {
+        written_ += bytes.size();
+        if (before_) digest_.add(bytes);
+        if (writeAll(file_, bytes)) return true;
+        complainOf("write", locator_);
+        return false;
+    }
+
+    bool finish() override {
+        const Undo undo("", "interrupted; '" + locator_ + "' may be there, or as it was, beside parts of it");
+        if (!closeWhole(file_, locator_)) return false;
+        if (written_ == 0) return refused("a store keeps no file without content");
+        if (sizeOf(locator_) != written_) return refused("the store does not have all of it");
+        return before_ != written_ || isReplaced() || refused("the store still has the old one");
+    }
+
+private:
+    /// Told by its content, where the old object was just as long.
+    bool isReplaced() const {
+        auto copy = Source::open(locator_);
+        Digest stored;
+        while (copy) {
+            const auto bytes = copy->next();
+            if (!bytes) return false;
+            if (bytes->empty()) return stored == digest_;
+            stored.add(*bytes);
+        }
+        return false;
+    }
+
+    bool refused(const std::string& why) const {
+        complain("cannot write '" + locator_ + "': " + why);
+        return false;
+    }
+
+    std::string locator_;
+    std::optional<std::uint64_t> before_;  // the size of what is there already
+    OpenFile file_;
+    std::uint64_t written_ = 0;
+    Digest digest_;
+};
+
+std::unique_ptr<Destination> openStored(const std::string& locator) {
+    OpenFile file = OpenFile::forWriting(locator);
+    if (file.isOpen()) return std::make_unique<StoredFile>(locator, std::move(file));
+    complainOf("create", locator);
+    return nullptr;
+}
+
 bool isInMemory(const std::string& locator) { return strncasecmp(locator.c_str(), "mem://", 6) == 0; }
 
 bool isHttp(const std::string& locator) { return strncasecmp(redirected(locator).c_str(), "http", 4) == 0; }
@@ -238,7 +308,7 @@ std::unique_ptr<Destination> openDestination(const NewFile& file) {
         if (isTooLarge(file.size.value_or(0), file.locator)) return nullptr;
         return std::make_unique<ServerFile>(file.locator);
     }
-    if (isObject(file.locator)) return openDirect(file.locator);
+    if (isObject(file.locator)) return openStored(file.locator);
     return openLocal(file);
 }
 

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "kv/printable.h"
+#include "kv/secrets.h"
 
 namespace kv::tool {
 namespace {
@@ -45,7 +46,7 @@ void handle(int signal, void (*handler)(int)) {
 
 Undo::Undo(const std::string& path, const std::string& message) {
     pathToRemove = path;
-    messageToSay = "kv: " + printable(message) + "\n";
+    messageToSay = "kv: " + printable(withoutSecrets(message)) + "\n";
     for (const int signal : kSignals) handle(signal, undoAndEnd);
 }
 

@@ -16,12 +16,14 @@
 #include "kv/commands.h"
 #include "kv/complaint.h"
 #include "kv/file_type.h"
+#include "kv/find_pattern.h"
 #include "kv/human_size.h"
 #include "kv/json_text.h"
 #include "kv/moment.h"
 #include "kv/open_file.h"
 #include "kv/redirected.h"
 #include "kv/standard_streams.h"
+#include "kv/stored_listing.h"
 #include "kv/table.h"
 #include "kvos/attributes.h"
 #include "kvos/file.h"
@@ -42,36 +44,8 @@ struct Entry {
     FileType type;
     bool readOnly;
     std::optional<std::uint64_t> size;
-    std::int64_t modified, changed, accessed;
+    std::optional<std::int64_t> modified, changed, accessed;  // absent where a store does not tell them
 };
-
-// ---- what to ask the library for ---------------------------------------------------------------------------------
-
-/// A folder's name for a pattern: the find calls would take its backslashes for quotes.
-std::string withoutQuotes(std::string_view folder) {
-    std::string text;
-    for (const char character : folder) {
-        if (character == '\\') text += '\\';
-        text += character;
-    }
-    return text;
-}
-
-/// The pattern with a directory part, which the find calls want: a lone name is looked up in the working folder, one
-/// directly under "/" behind a second "/".
-std::string withFolder(const std::string& pattern) {
-    if (pattern.find('/', 1) != std::string::npos || isOnNetwork(pattern)) return pattern;
-    return (pattern.starts_with('/') ? "/" : "./") + pattern;
-}
-
-/// The pattern with a quote ahead of a name's first dot: a name that is all extension is none to the find calls.
-std::string withName(std::string pattern) {
-    const std::size_t name = pattern.rfind('/') + 1;  // 0 without a folder
-    if (pattern.substr(name).starts_with('.') && !isOnNetwork(pattern)) pattern.insert(name, 1, '\\');
-    return pattern;
-}
-
-std::string insideOf(const std::string& folder) { return folder.ends_with('/') ? folder + "*" : folder + "/*"; }
 
 // ---- the entries -------------------------------------------------------------------------------------------------
 
@@ -127,9 +101,14 @@ std::string asTable(const std::vector<Entry>& entries) {
     Table table({Align::left, Align::right, Align::left, Align::left});
     table.add({"TYPE", "SIZE", "MODIFIED", "NAME"});
     for (const Entry& entry : entries) {
-        table.add({nameOf(entry.type), humanSize(entry.size), localTime(entry.modified), entry.name});
+        table.add(
+            {nameOf(entry.type), humanSize(entry.size), entry.modified ? localTime(*entry.modified) : "-", entry.name});
     }
     return table.text();
+}
+
+nlohmann::ordered_json timeJson(const std::optional<std::int64_t>& seconds) {
+    return seconds ? nlohmann::ordered_json(utcTime(*seconds)) : nlohmann::ordered_json();
 }
 
 std::string asJson(const std::vector<Entry>& entries) {
@@ -139,9 +118,9 @@ std::string asJson(const std::vector<Entry>& entries) {
                             {"type", nameOf(entry.type)},
                             {"size", entry.size ? nlohmann::ordered_json(*entry.size) : nlohmann::ordered_json()},
                             {"readOnly", entry.readOnly},
-                            {"modified", utcTime(entry.modified)},
-                            {"changed", utcTime(entry.changed)},
-                            {"accessed", utcTime(entry.accessed)}});
+                            {"modified", timeJson(entry.modified)},
+                            {"changed", timeJson(entry.changed)},
+                            {"accessed", timeJson(entry.accessed)}});
     }
     return jsonText(document);
 }
@@ -177,10 +156,30 @@ Exit listPattern(const Request& request) {
     return entries.empty() ? tellNothing("nothing found", request) : show(entries, request.json);
 }
 
+Exit listObjects(const Request& request) {
+    const StoredListing listing = listStore(redirected(request.pattern));
+    if (listing.entries.empty()) return tellNothing(listing.whyNot, request);
+    std::vector<Entry> entries;
+    for (const StoredEntry& stored : listing.entries) {
+        if (stored.name.starts_with('.') && !request.hidden) continue;
+        entries.push_back({.name = stored.name,
+                           .type = stored.isFolder ? FileType::folder : FileType::file,
+                           .readOnly = false,
+                           .size = stored.isFolder ? std::nullopt : std::optional(stored.size),
+                           .modified = {},
+                           .changed = {},
+                           .accessed = {}});
+    }
+    const Exit shown = show(entries, request.json);
+    if (listing.whyNot.empty()) return shown;
+    complain("'" + request.pattern + "' is not listed whole: " + listing.whyNot);
+    return Exit::failed;
+}
+
 Exit list(const Request& request) {
     if (isUrl(request.pattern)) return tellNothing("a URL has no listing", request);
-    const bool isFolder =
-        !isOnNetwork(request.pattern) && fileType(kvOSGetFileAttributes(request.pattern.c_str())) == FileType::folder;
+    if (isObject(request.pattern)) return listObjects(request);
+    const bool isFolder = fileType(kvOSGetFileAttributes(request.pattern.c_str())) == FileType::folder;
     return isFolder ? listFolder(request) : listPattern(request);
 }
 

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +18,7 @@
 #include "kv/json_text.h"
 #include "kv/open_file.h"
 #include "kv/redirected.h"
+#include "kv/secrets.h"
 #include "kv/source.h"
 #include "kv/standard_streams.h"
 #include "kv/stated_offsets.h"
@@ -80,12 +80,14 @@ public:
 
 private:
     bool isStated(std::size_t segment) {
-        if (!stated_) stated_ = statedOffsets(playlist_);
-        return segment < stated_->size() && (*stated_)[segment];
+        if (!isLookedUp_) stated_ = statedOffsets(playlist_);
+        isLookedUp_ = true;
+        return segment < stated_.size() && stated_[segment];
     }
 
     const std::string& playlist_;
-    std::optional<std::vector<bool>> stated_;  // looked up only where it matters
+    std::vector<bool> stated_;
+    bool isLookedUp_ = false;  // only where it matters
 };
 
 /// Nothing on failure, which is told.
@@ -139,7 +141,7 @@ std::string asTable(const std::vector<Segment>& segments) {
     table.add({"START", "SECONDS", "BYTES", "OFFSET", "SEGMENT"});
     for (const Segment& segment : segments) {
         table.add({secondsText(segment.start_s), secondsText(segment.duration_s), std::to_string(segment.bytes),
-                   std::to_string(segment.offset), segment.path.empty() ? "-" : segment.path});
+                   std::to_string(segment.offset), segment.path.empty() ? "-" : withoutSecrets(segment.path)});
     }
     const Segment total = totalOf(segments);
     table.add(
@@ -150,7 +152,7 @@ std::string asTable(const std::vector<Segment>& segments) {
 std::string asJson(const std::vector<Segment>& segments) {
     auto list = nlohmann::ordered_json::array();
     for (const Segment& segment : segments) {
-        list.push_back({{"path", segment.path},
+        list.push_back({{"path", withoutSecrets(segment.path)},
                         {"start", segment.start_s},
                         {"seconds", segment.duration_s},
                         {"bytes", segment.bytes},

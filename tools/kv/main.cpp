@@ -4,6 +4,7 @@
 // are switched off before anything else runs, and on again by --verbose.
 #include <exception>
 #include <string>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 
@@ -11,14 +12,19 @@
 #include "kv/arguments.h"
 #include "kv/commands.h"
 #include "kv/complaint.h"
+#include "kv/secrets.h"
 #include "kv/standard_streams.h"
+#include "kvos/locator.h"
 
 namespace kv::tool {
 namespace {
 
-constexpr const char* kAbout =
-    "Reads, writes, copies, lists and names files through one set of calls, wherever they are: local paths, scratch "
-    "files in memory (mem://...), URLs (http, https, ftp).";
+std::string about() {
+    const bool takesObjects = kvOSUseAws("s3://host/bucket/key") != 0;
+    return "Reads, writes, copies, lists and names files through one set of calls, wherever they are: local paths, "
+           "scratch files in memory (mem://...), URLs (http, https, ftp)" +
+           std::string(takesObjects ? ", objects of a store (s3://...)." : ".");
+}
 
 void describe(CLI::App& app, Chosen& chosen) {
     app.name("kv");
@@ -55,11 +61,13 @@ Exit answer(const CLI::App& app, const CLI::ParseError& error) {
 }
 
 Exit run(int argc, char** argv) {
-    CLI::App app(kAbout);
+    CLI::App app(about());
     Chosen chosen;
     describe(app, chosen);
     try {
-        app.parse(markedArguments(argc, argv));
+        auto arguments = markedArguments(argc, argv);
+        hideSecrets(argc, argv);
+        app.parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
         return answer(app, error);
     }

@@ -66,7 +66,7 @@ void declareMv(CLI::App& app, Chosen& chosen) {
         "Example: kv mv clip.mov /archive/");
     auto request = std::make_shared<Request>();
     addPositional(*command, "SRC", request->source, "File to move");
-    addPositional(*command, "DST", request->destination, "Its new name, or a local folder");
+    addPositional(*command, "DST", request->destination, "Its new name, or a folder (local, or s3://.../)");
     command->callback([&chosen, request] { chosen = [request] { return mv(*request); }; });
 }
 

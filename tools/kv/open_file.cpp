@@ -22,13 +22,6 @@ std::optional<std::uint64_t> sizeOnDisk(const std::string& path) {
     return error ? std::nullopt : std::optional(size);
 }
 
-std::optional<std::uint64_t> sizeWhenOpened(const std::string& locator) {
-    const OpenFile file = OpenFile::forReading(locator);
-    std::uint64_t size = kUnknownSize;
-    if (!file.isOpen() || kvOSGetFileSizeEx(file.handle(), &size) == 0 || size == kUnknownSize) return std::nullopt;
-    return size;
-}
-
 }  // namespace
 
 OpenFile OpenFile::forReading(const std::string& locator) {
@@ -50,8 +43,14 @@ bool OpenFile::close() {
     return kvOSCloseFile(std::exchange(handle_, KVFILE_INVALID)) != 0;
 }
 
+std::optional<std::uint64_t> sizeOf(const OpenFile& file) {
+    std::uint64_t size = kUnknownSize;
+    if (!file.isOpen() || kvOSGetFileSizeEx(file.handle(), &size) == 0 || size == kUnknownSize) return std::nullopt;
+    return size;
+}
+
 std::optional<std::uint64_t> sizeOf(const std::string& locator) {
-    return isOnNetwork(locator) ? sizeWhenOpened(locator) : sizeOnDisk(locator);
+    return isOnNetwork(locator) ? sizeOf(OpenFile::forReading(locator)) : sizeOnDisk(locator);
 }
 
 }  // namespace kv::tool

@@ -31,6 +31,9 @@ private:
     std::int64_t handle_;
 };
 
+/// The size in bytes of an open file; nothing if it does not tell.
+std::optional<std::uint64_t> sizeOf(const OpenFile& file);
+
 /// The size in bytes of the file that a locator names, however large; nothing if it does not tell.
 std::optional<std::uint64_t> sizeOf(const std::string& locator);
 

@@ -32,7 +32,7 @@ bool writeAll(const OpenFile& file, const char* bytes, std::uint32_t count) {
 
 bool isInMemory(const std::string& locator) { return strncasecmp(locator.c_str(), "mem://", 6) == 0; }
 
-/// A server gets all of it in one request, and is asked whether it has it.
+/// A server or a store is asked in the end whether it has it.
 Exit putOnServer(const std::string& locator) {
     if (isNoDestination(locator)) return Exit::failed;
     const auto destination = openDestination({locator, std::nullopt});
@@ -75,7 +75,7 @@ Exit putInFile(const std::string& locator) {
     return Exit::ok;
 }
 
-Exit put(const std::string& locator) { return isUrl(locator) ? putOnServer(locator) : putInFile(locator); }
+Exit put(const std::string& locator) { return isOnNetwork(locator) ? putOnServer(locator) : putInFile(locator); }
 
 }  // namespace
 

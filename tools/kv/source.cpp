@@ -31,7 +31,7 @@ Source::Source(std::string locator, OpenFile file)
     : locator_(std::move(locator)), file_(std::move(file)), isUrl_(isUrl(locator_)) {
     resize(kBlock);
     if (!isUrl_) {
-        size_ = sizeOf(locator_);
+        size_ = isObject(locator_) ? sizeOf(file_) : sizeOf(locator_);
         return;
     }
     std::uint64_t size = 0;

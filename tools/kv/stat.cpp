@@ -17,6 +17,7 @@
 #include "kv/moment.h"
 #include "kv/open_file.h"
 #include "kv/redirected.h"
+#include "kv/secrets.h"
 #include "kv/standard_streams.h"
 #include "kv/table.h"
 #include "kvos/attributes.h"
@@ -54,7 +55,7 @@ std::optional<Status> statusOf(const std::string& locator) {
     if (missing || redirected(locator).empty()) return std::nullopt;
 
     Status status;
-    status.locator = locator;
+    status.locator = withoutSecrets(locator);
     status.type = fileType(attributes);
     status.readOnly = isReadOnly(attributes);
     if (status.type == FileType::file) status.size = sizeOf(locator);

@@ -1,0 +1,7 @@
+#include "demo/object_store.h"
+
+namespace demo {
+
+void showObjectStore(const Clip&, Report&) {}
+
+}  // namespace demo
