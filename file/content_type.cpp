@@ -2,12 +2,14 @@
 // the row of "jpe". Both builds have it: it is what the one without S3 support keeps of the splitting of addresses.
 #include "file/content_type.h"
 
+#include "border/guard.h"
 #include "border/text.h"
 #include "kvos/naming.h"
 
 namespace kv::file {
 
 std::string contentTypeOf(const std::string& key) {
+    const border::KeepErrno keep;
     border::PathBuffer extension{};
     kvOSSplitPath(key.c_str(), nullptr, nullptr, nullptr, extension);
     return kvGetMimeType(extension);

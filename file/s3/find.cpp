@@ -100,7 +100,7 @@ private:
 
     /// False for a name that does not fit, which is passed over.
     bool fill(kvOSFindData& entry, std::string_view name, std::uint64_t size) {
-        entry.dwAttributes = name.ends_with('/') || name == "." ? KVATTR_DIRECTORY : KVATTR_NORMAL;
+        entry.dwAttributes = name.ends_with('/') ? KVATTR_DIRECTORY : KVATTR_NORMAL;
         entry.ftCreation = entry.ftAccess = entry.ftWrite = {};
         entry.dwSizeHigh = static_cast<std::uint32_t>(size >> 32);
         entry.dwSizeLow = static_cast<std::uint32_t>(size);
@@ -112,7 +112,10 @@ private:
 
     bool takePrefix(kvOSFindData& entry) {
         const std::string_view name = withoutPrefix(prefixes_.take());
-        return fill(entry, name.empty() ? "." : name, 0);
+        if (!name.empty()) return fill(entry, name, 0);
+        fill(entry, ".", 0);
+        entry.dwAttributes = KVATTR_DIRECTORY;
+        return true;
     }
 
     /// False for the object that stands for the folder itself, too.

@@ -147,6 +147,9 @@ KVUTIL_API uint32_t kvOSRemoveDirectory(const char *pPath);
  * Meant: the attributes of what is neither file nor directory (KVATTR_INVALID) hold the directory bit. Such an entry is
  * treated as a directory, where nothing is found, and ends the call with 0.
  *
+ * Meant: a folder of a bucket is listed, but its objects are then named with the backslash, which is part of a key, and
+ * the 0 of a successful deletion ends the call with 0. It does not remove such a folder.
+ *
  * @return 1 when everything found and the path itself were deleted, else 0; 0xFFFFFFFF where kvOSDeleteFile gives that
  *         for the path itself.
  *

@@ -54,11 +54,10 @@ TEST_F(S3Delete, NoSettingIsLookedAtAndNoCertificateVerified) {
 }
 
 TEST_F(S3Delete, AStoreWithPlainHttpIsNotReached) {
-    ScriptedStore store;
-    store.put("clip", "x");
-    EXPECT_EQ(kvOSDeleteFile(store.locator("clip").c_str()), 0xFFFFFFFFu);
-    EXPECT_EQ(store.count("DeleteObject"), 0u);
-    EXPECT_TRUE(store.content("clip").has_value());
+    server_.makeDocument("/clip", "x");
+    EXPECT_EQ(kvOSDeleteFile(("s3://A:S@" + server_.host() + "/dav/clip").c_str()), 0xFFFFFFFFu);
+    EXPECT_NE(errno, 0);
+    EXPECT_TRUE(exists("clip"));
 }
 
 TEST_F(S3Delete, WithoutABucketOrAKeyNothingIsAsked) {
@@ -117,13 +116,21 @@ TEST_F(S3Delete, RemovingADirectoryIsADeletion) {
 }
 
 TEST_F(S3Delete, ARecursiveRemovalTakesTheSuccessOfADeletionForItsFailure) {
-    // The listing comes from the store; what it finds is deleted over TLS, which this store refuses with all ones. That
-    // is not 0, and goes on.
-    ScriptedStore store;
-    for (const char* key : {"clips/a", "clips/b", "clips/c"}) store.put(key, "x");
-    EXPECT_EQ(kvOSRemoveDirectoryRecursive(store.locator("clips").c_str()), 0xFFFFFFFFu);
-    EXPECT_EQ(store.count("ListObjectsV2"), 1u);
-    EXPECT_EQ(store.keys().size(), 3u);
+    // A document in the place of the bucket is what every request for a listing gets.
+    server_.makeDocument("/dav",
+                         "<ListBucketResult><IsTruncated>false</IsTruncated>"
+                         "<Contents><Key>clips/a</Key><Size>1</Size></Contents>"
+                         "<Contents><Key>clips/b</Key><Size>1</Size></Contents>"
+                         "<Contents><Key>clips/c</Key><Size>1</Size></Contents></ListBucketResult>");
+    // What is deleted is named with a backslash, which is no separator of keys.
+    for (const char* key : {"/clips\\a", "/clips\\b", "/clips\\c", "/clips/b"}) server_.makeDocument(key, "x");
+    sdwS3DisableSSL = 0;
+    sdwS3VerifySSL = 0;
+    EXPECT_EQ(kvOSRemoveDirectoryRecursive(locator("clips").c_str()), 0u);
+    EXPECT_TRUE(exists("clips\\a"));  // the first entry is passed over
+    EXPECT_FALSE(exists("clips\\b"));
+    EXPECT_TRUE(exists("clips\\c"));
+    EXPECT_TRUE(exists("clips/b"));
 }
 
 TEST_F(S3Delete, AMoveDeletesItsSource) {

@@ -135,12 +135,14 @@ TEST_F(S3Find, AnEmptyPrefixReportsADot) {
                                "<CommonPrefixes><Prefix>clips/</Prefix></CommonPrefixes>"
                                "<CommonPrefixes><Prefix>clips/odd</Prefix></CommonPrefixes>"
                                "<Contents><Key>clips/folder/</Key><Size>0</Size></Contents>"
+                               "<Contents><Key>clips/.</Key><Size>1</Size></Contents>"
                                "<Contents><Key>cl</Key><Size>1</Size></Contents></ListBucketResult>"));
     const Found found(store_.locator("clips/*"));
-    ASSERT_EQ(found.names(), (Names{".", "odd", "folder/"}));  // a key shorter than the prefix has no name either
+    ASSERT_EQ(found.names(), (Names{".", "odd", "folder/", "."}));  // a key shorter than the prefix has no name either
     EXPECT_EQ(found[0].dwAttributes, KVATTR_DIRECTORY);
     EXPECT_EQ(found[1].dwAttributes, KVATTR_NORMAL);
     EXPECT_EQ(found[2].dwAttributes, KVATTR_DIRECTORY);
+    EXPECT_EQ(found[3].dwAttributes, KVATTR_NORMAL);
 }
 
 // ---- pages ----

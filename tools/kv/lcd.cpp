@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -192,9 +193,11 @@ void declareLcd(CLI::App& app, Chosen& chosen) {
     auto request = std::make_shared<Request>();
     addPositional(*command, "PORT", request->port, "A port number, as kv serial lists it, or a device");
     command->add_option("--speed", request->speed, "Speed that panel and line are brought to; 19200 unless told")
-        ->check(CLI::IsMember({kSlow, kFast}));
+        ->check(CLI::IsMember({kSlow, kFast}).description(""))
+        ->type_name("BAUD");
     command->add_option("--wait", request->wait_ms, "Milliseconds to wait for a reply, 0 for no reply; 500 unless told")
-        ->check(CLI::Range(0u, 3600000u));
+        ->check(CLI::Range(0u, 3600000u).description(""))
+        ->type_name("MS");
     command->add_flag("--clear", request->clear, "Empty the display first");
     command->add_flag("--graphic", request->graphic, "Load the eight characters of the graphic");
     addText(*command, "--text", request->text,
@@ -202,8 +205,12 @@ void declareLcd(CLI::App& app, Chosen& chosen) {
             "\\b01000001 are bytes")
         ->allow_extra_args(false)
         ->type_name("TEXT");
-    command->add_option("--row", request->row, "Row of the first text, from 0")->check(CLI::Range(0u, 255u));
-    command->add_option("--column", request->column, "Column of all texts, from 0")->check(CLI::Range(0u, 255u));
+    command->add_option("--row", request->row, "Row of the first text, from 0")
+        ->check(CLI::Range(0u, 255u).description(""))
+        ->type_name("N");
+    command->add_option("--column", request->column, "Column of all texts, from 0")
+        ->check(CLI::Range(0u, 255u).description(""))
+        ->type_name("N");
     addText(*command, "--led", request->leds, "LED from 0 to 5, and the levels of its two colours")
         ->allow_extra_args(false)
         ->type_name("N:LEVEL:LEVEL");
