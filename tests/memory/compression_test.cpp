@@ -93,7 +93,7 @@ TEST(CompressedLength, CountsBlocksInSigned32Bits) {
 
 TEST(CompressedLength, IsEnoughForRandomBytesOfOneAndMore) {
     std::mt19937 engine(1);
-    for (const std::size_t size : {1, 2, 100, 16383, 16384, 16385, 32768, 1000000, 5000000}) {
+    for (const std::size_t size : {1UL, 2UL, 100UL, 16383UL, 16384UL, 16385UL, 32768UL, 1000000UL, 5000000UL}) {
         std::string bytes(size, '\0');
         for (char& c : bytes) c = static_cast<char>(engine());
         EXPECT_TRUE(compressed(bytes, kvOSCalcCompressedLen(length(bytes))).has_value()) << size;

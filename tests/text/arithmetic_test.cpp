@@ -81,7 +81,7 @@ TEST(NearestValue, IsThatOfASearchThroughAll) {
         std::vector<std::int64_t> table(2 + dice.below(8));
         for (std::int64_t& entry : table) entry = static_cast<std::int64_t>(dice.below(100)) - 50;
         std::ranges::sort(table);
-        table.erase(std::ranges::unique(table).begin(), table.end());
+        table.erase(std::unique(table.begin(), table.end()), table.end());
         const std::int64_t value = static_cast<std::int64_t>(dice.below(140)) - 70;
         std::size_t best = 0;
         for (std::size_t j = 0; j < table.size(); ++j) {
