@@ -1,6 +1,6 @@
 // A clip written, read, copied and checked through one set of calls: as a local file, as a file in memory, as a
-// numbered sequence of files, on a web server and in an object store; then the log and the settings. Ends with 1 if
-// anything came back other than it was written.
+// numbered sequence of files, on a web server and in an object store; what belongs to it, the log and the settings.
+// Ends with 1 if anything came back other than it was written.
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -12,6 +12,7 @@
 
 #include "demo/clip.h"
 #include "demo/log.h"
+#include "demo/names.h"
 #include "demo/network.h"
 #include "demo/object_store.h"
 #include "demo/report.h"
@@ -182,6 +183,7 @@ int run(Clip clip) {
     showLocal(clip, report);
     showMemory(clip, report);
     showSequence(clip, report);
+    showNames(clip, report);
     showNetwork(clip, report);
     showObjectStore(clip, report);
     showLog(clip, report);

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "border/guard.h"
+#include "border/secrets.h"
 #include "border/text.h"
 #include "errlog.h"
 #include "kvos/attributes.h"
@@ -172,7 +173,7 @@ void chooseExtension(char* path, char* list) {
         if (chosen == ".rtin") showWhatIsThere(path, list);
     }
     if (chosen.empty()) {
-        ErrOut("\nCant find ext : %s (%s)", path, list);
+        ErrOut("\nCant find ext : %s (%s)", border::withoutSecrets(path).c_str(), list);
         if (list[0] == '\0') showWhatIsThere(path, list);
         return;
     }

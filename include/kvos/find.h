@@ -46,7 +46,7 @@ typedef struct kvOSFindData {
     uint32_t dwSizeHigh; /* high 32 bits of an object's size; meant: 0 on local files, whatever their size */
     uint32_t dwSizeLow;  /* bytes; the low 32 bits of the size */
     uint8_t reserved[8]; /* S3: zeroed */
-    char szName[4097]; /* the entry's name, without its directory */
+    char szName[4097];   /* the entry's name, without its directory */
 } kvOSFindData;
 
 /**

@@ -95,7 +95,7 @@ TEST_F(SerialSetup, DtrIsRaisedAndLatencyLoweredBehindTheSettings) {
     kvOSSerialSetup(line_, 9600, 8, 0, 1);
     EXPECT_EQ(lineCalls().asked, (std::vector<std::string>{"settings now", "DTR up", "latency"}));
     EXPECT_EQ(lineCalls().modemLines, TIOCM_RTS | TIOCM_DTR);
-    EXPECT_EQ(lineCalls().driverFlags, ASYNC_SPD_HI | ASYNC_LOW_LATENCY);
+    EXPECT_EQ(lineCalls().driverFlags, static_cast<int>(ASYNC_SPD_HI | ASYNC_LOW_LATENCY));
 }
 
 TEST_F(SerialSetup, ALineWithoutLatencyAndModemLinesIsNoFailure) {

@@ -1,5 +1,5 @@
-// The entities of HTML 4 as its three printed lists have them, by the numbers of their characters: what the table of the
-// library is held against.
+// The entities of HTML 4 as its three printed lists have them, by the numbers of their characters: what the table of
+// the library is held against.
 #pragma once
 
 #include <string_view>

@@ -30,12 +30,14 @@ void declareCp(CLI::App& app, Chosen& chosen) {
     auto* command = app.add_subcommand("cp", "Copy a file from any locator to any other");
     command->footer(
         "A file that exists is replaced, and only by a whole copy. A web server is sent the file in one request (PUT), "
-        "and the file is read back to see that it took it; for that the file is kept in memory. A store gets it in parts, "
+        "and the file is read back to see that it took it; for that the file is kept in memory. A store gets it in "
+        "parts, "
         "and is asked afterwards whether it has all of it; it keeps no empty file.\n"
         "Example: kv cp http://media/clip.mov /media/clip.mov");
     auto request = std::make_shared<Request>();
     addPositional(*command, "SRC", request->source, "File to copy");
-    addPositional(*command, "DST", request->destination, "File to make, or a folder to make it in (local, or s3://.../)");
+    addPositional(*command, "DST", request->destination,
+                  "File to make, or a folder to make it in (local, or s3://.../)");
     command->callback([&chosen, request] { chosen = [request] { return cp(*request); }; });
 }
 

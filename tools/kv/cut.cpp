@@ -35,7 +35,8 @@ void declareCut(CLI::App& app, Chosen& chosen) {
     command->footer("Example: kv cut http://media/clip.mov head.mov --from 0 --bytes 65536");
     auto request = std::make_shared<Request>();
     addPositional(*command, "SRC", request->source, "File to cut from");
-    addPositional(*command, "DST", request->destination, "File to make, or a folder to make it in (local, or s3://.../)");
+    addPositional(*command, "DST", request->destination,
+                  "File to make, or a folder to make it in (local, or s3://.../)");
     const auto addNumber = [command](const char* name, std::uint64_t& number, const char* help) {
         // The parser takes a negative number for a huge one.
         const CLI::Validator isNumber = CLI::Validator(CLI::NonNegativeNumber).description("");
