@@ -25,10 +25,11 @@ void findSound(const Clip& clip, Report& report) {
 void chooseExtension(const Clip& clip, Report& report) {
     std::array<char, 4096> path{};
     std::array<char, 4096> extensions{};
-    clip.path("take").copy(path.data(), path.size() - 1);
+    clip.path("take.mxf").copy(path.data(), path.size() - 1);
+    FindFileExtensions(path.data(), extensions.data());
     ChooseVideoExtension(path.data(), extensions.data());
     const bool right = clip.path("take.mov") == path.data();
-    report.line("choose what stands for take", std::filesystem::path(path.data()).filename().string(), right);
+    report.line("choose what stands for take.mxf", std::filesystem::path(path.data()).filename().string(), right);
 }
 
 void tellFrameSize(const Clip& clip, Report& report) {
