@@ -29,13 +29,7 @@ using Use = TimedFile::Use;
 
 void writeClip(const Clip& clip, Report& report) {
     TimedFile file(clip.path("clip.yuv"), Use::write);
-    Frame frame(clip.size.bytes());
-    bool whole = file.isOpen();
-    for (std::uint32_t number = 0; whole && number < clip.frames; ++number) {
-        drawFrame(number, frame);
-        whole = file.write(frame);
-    }
-    whole = file.close() && whole;
+    const bool whole = writeFrames(clip, file);
     const Seconds time = file.takeTime();
     report.line("write clip.yuv", clip.bytes(), time, whole ? "closed without loss" : "bytes were lost", whole);
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "demo/frames.h"
+#include "demo/timed_file.h"
 
 namespace demo {
 
@@ -24,5 +25,8 @@ inline constexpr std::uint32_t kSeed = 20261121;
 inline std::string countText(std::uint32_t right, std::uint32_t all) {
     return std::to_string(right) + " of " + std::to_string(all) + " frames right";
 }
+
+/// Draws every frame of the clip and writes it, from the file's beginning; closes the file. Whether all has arrived.
+bool writeFrames(const Clip& clip, TimedFile& file);
 
 }  // namespace demo

@@ -49,13 +49,7 @@ bool isJoinedOf(std::uint64_t parts, const std::string& tag) {
 
 void write(const Clip& clip, const ObjectStore& store, Report& report) {
     TimedFile file(store.secureLocator(kKey), TimedFile::Use::write);
-    Frame frame(clip.size.bytes());
-    bool whole = file.isOpen();
-    for (std::uint32_t number = 0; whole && number < clip.frames; ++number) {
-        drawFrame(number, frame);
-        whole = file.write(frame);
-    }
-    whole = file.close() && whole;
+    bool whole = writeFrames(clip, file);
     const Seconds time = file.takeTime();
     const std::uint64_t parts = (clip.bytes() + kPartSize - 1) / kPartSize;
     whole = whole && isJoinedOf(parts, store.header(kKey, "ETag"));

@@ -76,6 +76,19 @@ std::string sample(std::mt19937& engine, std::size_t size) {
     return bytes;
 }
 
+/// What a stream that was set up makes of the bytes, in one call; ends the stream.
+std::string packedBy(z_stream& stream, const std::string& bytes) {
+    std::string out(200, '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
+    stream.avail_in = length(bytes);
+    stream.next_out = reinterpret_cast<Bytef*>(out.data());
+    stream.avail_out = length(out);
+    EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
+    out.resize(stream.total_out);
+    deflateEnd(&stream);
+    return out;
+}
+
 TEST(CompressedLength, HasFiveBytesForEach16KiBBegunAndSix) {
     EXPECT_EQ(kvOSCalcCompressedLen(0), 6u);
     EXPECT_EQ(kvOSCalcCompressedLen(1), 12u);
@@ -195,14 +208,7 @@ TEST(Uncompress, TakesAGzipHeadWithANameAndAComment) {
     head.extra_len = sizeof extra;
     head.hcrc = 1;
     deflateSetHeader(&stream, &head);
-    std::string out(200, '\0');
-    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
-    stream.avail_in = length(bytes);
-    stream.next_out = reinterpret_cast<Bytef*>(out.data());
-    stream.avail_out = length(out);
-    ASSERT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
-    out.resize(stream.total_out);
-    deflateEnd(&stream);
+    const std::string out = packedBy(stream, bytes);
     EXPECT_EQ(unpacked(out, 5), bytes);
 }
 
@@ -299,14 +305,7 @@ TEST(Uncompress, AStreamThatAsksForADictionaryFails) {
     ASSERT_EQ(deflateInit(&stream, 6), Z_OK);
     const std::string dictionary = "some text";
     deflateSetDictionary(&stream, reinterpret_cast<const Bytef*>(dictionary.data()), length(dictionary));
-    std::string out(200, '\0');
-    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(dictionary.data()));
-    stream.avail_in = length(dictionary);
-    stream.next_out = reinterpret_cast<Bytef*>(out.data());
-    stream.avail_out = length(out);
-    ASSERT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
-    out.resize(stream.total_out);
-    deflateEnd(&stream);
+    const std::string out = packedBy(stream, dictionary);
     EXPECT_EQ(unpacked(out, 100), std::nullopt);
 }
 
