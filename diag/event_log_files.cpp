@@ -64,6 +64,7 @@ std::uint32_t findEventFiles(std::vector<std::string>& names) {
     const FindCloser closer{find};
     std::uint32_t highest = 0;
     do {
+        if ((entry.dwAttributes & KVATTR_DIRECTORY) != 0) continue;
         names.emplace_back(entry.szName);
         highest = std::max(highest, numberIn(entry.szName));
     } while (kvOSFindNextFile(find, &entry) != 0);

@@ -347,9 +347,9 @@ KVUTIL_API void kvErrLog_RotateFiles(const char *pPrefix, uint64_t qwReserved, c
  * @param pName, pDescription, pDetails  null counts as empty. Meant: the line is the format of the message, so that a
  *                   "%" in any text is a conversion without its argument: pass none, but "%%" for a single one there.
  * @param pTimecode  the same; not null by agreement, and then as the others.
- * @return 0, also where nothing could be written: such a line is not counted, and nothing is reported.
+ * @return 0, also where nothing could be written: such a line is not counted.
  *
- * Messages: the line; those of kvOSCreateFile for a file that can't be opened, of MakeDirStructure, and of
+ * Messages: the line; that of kvOSWriteFile for an invalid handle where no file is open; those of kvOSCreateFile for a file that can't be opened, of MakeDirStructure, and of
  *           kvOSDeleteFile.
  */
 KVUTIL_API uint32_t kvEventLog_Event(uint32_t dwCode, uint32_t dwSubCode, const char *pName, const char *pDescription,

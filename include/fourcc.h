@@ -287,7 +287,8 @@ KVUTIL_API uint32_t fccIsEqual(uint32_t fccA, uint32_t fccB);
  * a pixel for 4:2:2 of 8 bits, JPEG 2000 and ProRes; rows of 16 bytes for 6 pixels, padded to 48 pixels, for '012v' and
  * 'J2G_'; four bytes for Bayer patterns at any depth; for pairs of pictures 6, 8, 12 or 16 bytes a pixel. Every other
  * code, an unknown one included, has 8, 6 or 3 bytes a pixel for a depth of 64, 48 or 24 bits, and 4 for any other
- * depth, 16 and 32 alike. Meant.
+ * depth, 16 and 32 alike. Meant. The classes are lists of their own: not every code of a family, as its predicate has
+ * it, is in the family's class here, and then it goes by its depth.
  *
  * @param dwWidth, dwHeight  in pixels; 0 is allowed.
  * @param nBits              depth of a pixel in bits; any value.

@@ -79,10 +79,11 @@ std::uint32_t findAudio(const char* video, std::string_view ext, char* audioBase
     border::PathBuffer base, folder = "";
     auto parts = splitPath(video, DriveRule::split);
     if (parts && parts->name.ends_with('*')) parts->name.remove_suffix(1);
-    if (audioBase != nullptr) audioBase[0] = '\0';
-    if (!parts || !joinPath(base, {parts->drive, parts->dir, parts->name, {}})) return 0;
-    if (!appendPieces(folder, {parts->drive, parts->dir, slashBehind(parts->dir)})) return 0;
-    if (audioBase != nullptr) replaceText(audioBase, base);
+    const bool fits = parts && joinPath(base, {parts->drive, parts->dir, parts->name, {}}) &&
+                      appendPieces(folder, {parts->drive, parts->dir, slashBehind(parts->dir)});
+    // Not earlier: the base may go into the buffer that the video's path stands in.
+    if (audioBase != nullptr) replaceText(audioBase, fits ? base : "");
+    if (!fits) return 0;
 
     std::uint32_t mask = 0;
     for (const Convention& convention : kBesideClip) {

@@ -11,6 +11,8 @@
 #include <cstring>
 #include <span>
 
+#include "border/guard.h"
+
 namespace kv::text {
 namespace {
 
@@ -97,6 +99,7 @@ void* strGetGUID(void* pGuid, const char* pText) {
 }
 
 void puid(const uuid4122_t* pUuid) {
+    const kv::border::KeepErrno keep;
     if (pUuid != nullptr) std::printf("%s\n", text::textOf(*pUuid).data());
 }
 

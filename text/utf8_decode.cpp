@@ -35,20 +35,20 @@ std::uint32_t decode(Unit* target, const char* source, std::int64_t limit) {
     std::int64_t written = 0;
     std::uint32_t isWellFormed = 1;
     // 0 where the text or the limit has ended.
-    const auto nextByte = [&] {
-        const auto byte = source == nullptr ? std::uint8_t{0} : static_cast<std::uint8_t>(source[read]);
-        if (byte != 0) ++read;
+    const auto nextByte = [source](std::int64_t& at) {
+        const auto byte = source == nullptr ? std::uint8_t{0} : static_cast<std::uint8_t>(source[at]);
+        if (byte != 0) ++at;
         return byte;
     };
     while (read < limit) {
-        const std::uint8_t byte = nextByte();
+        const std::uint8_t byte = nextByte(read);
         if (byte == 0) {
             if (target != nullptr) target[written] = 0;
             break;
         }
         auto [following, bits] = leadOf(byte);
         for (; following > 0; --following) {
-            const std::uint8_t next = read < limit ? nextByte() : std::uint8_t{0};
+            const std::uint8_t next = read < limit ? nextByte(read) : std::uint8_t{0};
             if ((next & 0xC0) != 0x80) isWellFormed = 0;
             bits = bits << 6 | (next & 0x3FU);
         }

@@ -117,7 +117,7 @@ std::string lastOf(const Listing& listing) {
 /// Where the next page begins. Stores that say it name the last text of this one, in an encoded listing some as it is
 /// and some encoded.
 std::string nextMarkerOf(const Listing& page, const std::string& told, bool isEncoded) {
-    const std::string last = lastOf(page);
+    std::string last = lastOf(page);
     if (told.empty() || told == last) return last;
     return isEncoded ? decoded(told) : told;
 }
@@ -125,7 +125,7 @@ std::string nextMarkerOf(const Listing& page, const std::string& told, bool isEn
 std::optional<Listing> listingOf(const TiXmlElement& root) {
     if (!root.ValueStr().starts_with("ListBucket")) return std::nullopt;
     const bool isEncoded = textOf(root, "EncodingType") == "url";
-    const auto plain = [&](std::string text) { return isEncoded ? decoded(text) : text; };
+    const auto plain = [&](const std::string& text) { return isEncoded ? decoded(text) : text; };
     Listing listing;
     for (auto* at = root.FirstChildElement("Contents"); at != nullptr; at = at->NextSiblingElement("Contents")) {
         ListedObject object = objectOf(*at);

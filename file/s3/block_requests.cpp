@@ -99,7 +99,7 @@ Range rangeOf(std::uint64_t start, std::uint64_t size, std::uint64_t objectSize)
 
 BlockPointer makeBlock(kvOSFileHandle& file, const Range& range) {
     Object& object = *file.pObject;
-    const auto block =
+    auto block =
         std::make_shared<Block>(file, range.start, range.end, object.cache->takeBuffer(range.end - range.start));
     block->list = object.cache;
     block->request.bucket = bareBucket(object.bucket);

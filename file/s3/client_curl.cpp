@@ -208,7 +208,7 @@ NamedTexts listingQuery(const std::string& prefix, const std::string& delimiter)
 /// A page that has a next one must say where that is, or the listing would begin anew forever.
 Answer<Listing> pageIn(const HttpAnswer& http, std::string Listing::*next) {
     return outcomeOf<Listing>(http, [&](const HttpAnswer& answer) -> Answer<Listing> {
-        const Answer<Listing> page = listingIn(answer.body);
+        Answer<Listing> page = listingIn(answer.body);
         if (!page.isSuccess() || !page.result().isTruncated || !(page.result().*next).empty()) return page;
         return Error{std::string(kMalformedAnswer), "The listing goes on, but does not say where", answer.head.status};
     });

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "border/guard.h"
+#include "border/secrets.h"
 #include "border/text.h"
 #include "errlog.h"
 #include "file/open_reading.h"
@@ -23,7 +24,7 @@ namespace kv::file::s3 {
 namespace {
 
 constexpr std::string_view kFolder = "/etc/Korvane/";
-constexpr std::uint64_t kLargestKeyFile = 1048576;
+constexpr std::uint64_t kLargestKeyFile = 65536;  // each line is looked for in all that is left
 constexpr std::size_t kTextSize = 256;  // of the caller's buffers
 
 /// True while the thread reads a key file.
@@ -44,9 +45,16 @@ std::string pathFor(const std::string& bucket) {
     return kvOSFileExists(own.c_str()) == 0 && kvOSFileExists(common.c_str()) != 0 ? common : own;
 }
 
+/// A locator without its scheme leaves its login in the bucket's text.
+std::string shown(const std::string& path) {
+    const std::size_t at = path.rfind('@');
+    if (at == std::string::npos || at <= kFolder.size() + 1) return path;
+    return std::string(kFolder).append(border::kHidden).append(path, at);
+}
+
 std::nullopt_t reportUnreadable(const std::string& path) {
     const border::KeepErrno keep;
-    ErrOut("\nKeyFile<%s> UNABLE TO OPEN error = %d (0x%x) ", path.c_str(), keep.value(),
+    ErrOut("\nKeyFile<%s> UNABLE TO OPEN error = %d (0x%x) ", shown(path).c_str(), keep.value(),
            static_cast<unsigned>(keep.value()));
     return std::nullopt;
 }
@@ -141,7 +149,7 @@ std::optional<KeyFile> keyFileOf(const std::string& bucket) {
     const std::string path = pathFor(bucket);
     if (kvOSFileExists(path.c_str()) != 0) return readKeyFile(path);
     const border::KeepErrno keep;
-    ErrOut("\nKeyFile<%s> Does not exist ", path.c_str());
+    ErrOut("\nKeyFile<%s> Does not exist ", shown(path).c_str());
     return std::nullopt;
 }
 

@@ -82,9 +82,13 @@ private:
         const Listing& listed = page.result();
         prefixes_.fill(listed.commonPrefixes);
         objects_.fill(listed.contents);
-        // A store that says there is more, and not where, would be asked for the same page for ever.
-        isLastPage_ = !listed.isTruncated || listed.nextContinuationToken.empty() ||
-                      listed.nextContinuationToken == continuationToken_;
+        isLastPage_ = !listed.isTruncated;
+        // A store that says there is more, where it was already, would be asked for the same page for ever.
+        if (!isLastPage_ && listed.nextContinuationToken == continuationToken_) {
+            isLastPage_ = true;
+            errno = EBADMSG;
+            return false;
+        }
         continuationToken_ = isLastPage_ ? std::string() : listed.nextContinuationToken;
         return true;
     }

@@ -39,7 +39,7 @@ Headers headersOf(const HttpRequest& request) {
     Headers headers;
     bool hasType = false;
     for (const auto& [name, value] : request.headers) {
-        append(headers, name + ": " + value);
+        append(headers, std::string(name).append(": ").append(value));
         hasType = hasType || name == "content-type";
     }
     if (!hasType) append(headers, "content-type:");

@@ -49,7 +49,8 @@ std::string_view between(std::string_view text, std::size_t begin, std::size_t e
 
 /// What stands between the scheme and the host: credentials, and the bucket ahead of the host.
 void splitAheadOfHost(std::string_view text, std::size_t hostStart, Address& address) {
-    const std::size_t limit = std::min(text.find('@'), hostStart);
+    const std::size_t at = text.find('@');  // behind the host as well. Meant
+    const std::size_t limit = at == kNone ? hostStart : at;
     std::size_t cursor = std::min(schemeLength(text), text.size());
     if (cursor == limit) return;
     const std::size_t colon = text.find(':', cursor);

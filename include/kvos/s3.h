@@ -91,8 +91,8 @@ KVUTIL_API void kvOSAwsParse(const char *pLocator, char *pHost, char *pBucket, c
  * @return 1 when a file was read, meant also when nothing in it counted; 0 when not, and always in a build without S3
  *         support, which looks at nothing.
  *
- * Last error: ENOENT, that of kvOSCreateFile, EFBIG for a file of more than 1 MiB, ENAMETOOLONG for a path or a value
- *             that does not fit, EINVAL for a null pointer, ELOOP where a redirect makes the key file need itself.
+ * Last error: ENOENT, that of kvOSCreateFile, EFBIG for a file of more than 64 KiB, ENAMETOOLONG for a path or a value
+ *             that does not fit, EINVAL for a null pointer.
  * Messages:   "\nKeyFile<%s> Does not exist ", "\nKeyFile<%s> UNABLE TO OPEN error = %d (0x%x) ", the latter also for a
  *             file or a value that is too long, and those of kvOSCreateFile. Never a key.
  */

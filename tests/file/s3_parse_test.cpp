@@ -149,6 +149,8 @@ TEST(S3Parse, TheHostIsWhereItsMarkFirstStandsAlsoInAKey) {
 TEST(S3Parse, CredentialsEndAtTheFirstAtSignAlsoInAKey) {
     EXPECT_EQ(partsOf("s3://host/bucket/a@b/c/d"), "b|/c|d||");
     EXPECT_EQ(partsOf("s3://host:9000/bucket/a@b/c"), "b|/c||host|9000/bucket/a");
+    EXPECT_EQ(partsOf("https://s3.host:9000/bucket/a@b/c"), "s3.host:9000|/bucket|a@b/c|s3.host|9000/bucket/a");
+    EXPECT_EQ(partsOf("https://bucket.s3.host:9000/a@b/k"), "s3.host:9000|/a@b|k|bucket.s3.host|9000/a");
 }
 
 TEST(S3Parse, PiecesThatBeginWithS3AreDropped) {

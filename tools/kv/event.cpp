@@ -13,6 +13,8 @@
 #include "kv/arguments.h"
 #include "kv/commands.h"
 #include "kv/complaint.h"
+#include "kv/content.h"
+#include "kv/event_lines.h"
 #include "kv/find_pattern.h"
 #include "kv/open_file.h"
 #include "kv/standard_streams.h"
@@ -55,7 +57,14 @@ bool canBeAppendedTo(const std::string& file) {
     return false;
 }
 
-/// The log tells nothing of what it could not write: a file that grew holds the line.
+/// The log tells nothing of what it could not write, and a full disk leaves a line cut.
+bool holdsAsLast(const std::string& path, const std::string& name) {
+    const auto content = contentOf(path);
+    if (!content || !content->ends_with('\n')) return false;
+    const auto events = eventLines(*content);
+    return !events.empty() && events.back().name == name;
+}
+
 Exit log(const Request& request) {
     if (!allCanBeLogged(request)) return Exit::usage;
     const std::string given = request.file.empty() ? "" : withFolder(request.file);
@@ -66,7 +75,7 @@ Exit log(const Request& request) {
                      request.details.c_str(), request.timecode.c_str());
     const std::string path = kvEventLog_GetName();
     kvEventLog_Close();
-    if (sizeOf(path).value_or(0) > before) return writeOut(path + "\n");
+    if (sizeOf(path).value_or(0) > before && holdsAsLast(path, request.name)) return writeOut(path + "\n");
     complain("cannot write the event to '" + (given.empty() ? KVEVENTLOG_FOLDER : request.file) +
              "' (with -v the library tells why)");
     return Exit::failed;
