@@ -349,8 +349,8 @@ KVUTIL_API void kvErrLog_RotateFiles(const char *pPrefix, uint64_t qwReserved, c
  * @param pTimecode  the same; not null by agreement, and then as the others.
  * @return 0, also where nothing could be written: such a line is not counted.
  *
- * Messages: the line; that of kvOSWriteFile for an invalid handle where no file is open; those of kvOSCreateFile for a file that can't be opened, of MakeDirStructure, and of
- *           kvOSDeleteFile.
+ * Messages: the line; that of kvOSWriteFile for an invalid handle where no file is open; those of kvOSCreateFile for a
+ * file that can't be opened, of MakeDirStructure, and of kvOSDeleteFile.
  */
 KVUTIL_API uint32_t kvEventLog_Event(uint32_t dwCode, uint32_t dwSubCode, const char *pName, const char *pDescription,
                                      const char *pDetails, const char *pTimecode);

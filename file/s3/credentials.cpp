@@ -25,7 +25,7 @@ namespace {
 
 constexpr std::string_view kFolder = "/etc/Korvane/";
 constexpr std::uint64_t kLargestKeyFile = 65536;  // each line is looked for in all that is left
-constexpr std::size_t kTextSize = 256;  // of the caller's buffers
+constexpr std::size_t kTextSize = 256;            // of the caller's buffers
 
 /// True while the thread reads a key file.
 thread_local bool isReadingKeys = false;

@@ -126,7 +126,7 @@ TEST_F(KeyFiles, AValueThatDoesNotFitIsRefusedAndNotShown) {
     EXPECT_EQ(messages.text(), "\nKeyFile</etc/Korvane//bucket.csv> UNABLE TO OPEN error = 36 (0x24) ");
 }
 
-TEST_F(KeyFiles, AFileOfMoreThanOneMegabyteIsRefused) {
+TEST_F(KeyFiles, AFileOfMoreThan64KiBIsRefused) {
     CapturedMessages messages;
     EXPECT_EQ(read(kAll + std::string(65536, 'x')), "0:||");
     EXPECT_EQ(errno, EFBIG);
