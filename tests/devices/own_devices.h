@@ -13,7 +13,7 @@
 #include <string>
 #include <unistd.h>
 
-#ifdef __linux__
+#if __has_include(<linux/sched.h>)  // namespaces are Linux's
 #include <sched.h>
 #include <sys/mount.h>
 #endif
@@ -38,7 +38,7 @@ public:
     }
 
 private:
-#ifdef __linux__
+#if __has_include(<linux/sched.h>)  // namespaces are Linux's
     // A user namespace would allow it to others as well, but in one a pseudo-terminal can't be opened twice.
     void enter() {
         std::filesystem::create_directory(scratch_ / "pts");

@@ -12,7 +12,7 @@
 #include <string_view>
 #include <unistd.h>
 
-#ifdef __linux__
+#if __has_include(<linux/sched.h>)  // namespaces are Linux's
 #include <sched.h>
 #include <sys/mount.h>
 #endif
@@ -29,7 +29,7 @@ public:
     const std::string& why() const { return why_; }
 
 private:
-#ifdef __linux__
+#if __has_include(<linux/sched.h>)  // namespaces are Linux's
     static bool tell(const char* file, const std::string& text) {
         const int descriptor = open(file, O_WRONLY);
         if (descriptor < 0) return false;
