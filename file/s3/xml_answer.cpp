@@ -33,6 +33,10 @@ std::string letterOf(std::string_view reference) {
     return {static_cast<char>(0xF0 | letter >> 18), tail(12), tail(6), tail(0)};
 }
 
+/// Of "&#x10FFFF;" with zeros ahead. What is longer stays as it is: a search to the end for each "&#" of a text full of
+/// them would take hours.
+constexpr std::size_t kLongestReference = 16;
+
 /// Appends the text between two tags: its blanks as references, unless there is nothing else in it.
 void appendContent(std::string& out, std::string_view content) {
     if (content.find_first_not_of(kBlanks) == std::string_view::npos) {
@@ -41,11 +45,12 @@ void appendContent(std::string& out, std::string_view content) {
     }
     for (std::size_t at = 0; at < content.size(); ++at) {
         const char character = content[at];
-        const std::size_t end = content.substr(at).starts_with("&#") ? content.find(';', at) : std::string_view::npos;
-        const std::string letter = end == std::string_view::npos ? "" : letterOf(content.substr(at + 2, end - at - 2));
+        const std::string_view near = content.substr(at, kLongestReference);
+        const std::size_t end = near.starts_with("&#") ? near.find(';') : std::string_view::npos;
+        const std::string letter = end == std::string_view::npos ? "" : letterOf(near.substr(2, end - 2));
         if (!letter.empty()) {
             out.append(letter);
-            at = end;
+            at += end;
         } else if (kBlanks.find(character) != std::string_view::npos) {
             out.append("&#").append(std::to_string(static_cast<int>(character))).append(";");
         } else {

@@ -162,6 +162,7 @@ TEST(S3Listing, KeysThatAreNotEncodedStayAsTheyAre) {
 
 TEST(S3Listing, NumericReferencesAreLetters) {
     EXPECT_EQ(onlyKey(entry("&#97;&#x62;&#13;&#x9;")), "ab\r\t");
+    EXPECT_EQ(onlyKey(entry("&#0000000000097;")), "a");
     EXPECT_EQ(onlyKey(entry("&#233;&#xE9;&#x65e5;&#x1F3AC;")), "\xC3\xA9\xC3\xA9\xE6\x97\xA5\xF0\x9F\x8E\xAC");
 }
 
