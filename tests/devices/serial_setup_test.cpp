@@ -110,7 +110,7 @@ TEST_F(SerialSetup, TimeoutsOnlyAskForTheLatencyAgain) {
     lineCalls() = {.hasDriver = true};
     EXPECT_EQ(kvOSSerialSetTimeOuts(line_), 0);
     EXPECT_EQ(lineCalls().asked, std::vector<std::string>{"latency"});
-    EXPECT_EQ(lineCalls().driverFlags, ASYNC_LOW_LATENCY);
+    EXPECT_EQ(lineCalls().driverFlags, static_cast<int>(ASYNC_LOW_LATENCY));
     EXPECT_EQ(terminal_.settings().c_cc[VTIME], 10);
 }
 
