@@ -26,6 +26,7 @@ constexpr Number reversed(Number number) {
 
 template <std::unsigned_integral Number>
 Number* convert(Number* target, const Number* source, std::uint64_t count) {
+    if (target == nullptr || source == nullptr) return target;
     for (std::uint64_t i = 0; i < count; ++i) target[i] = reversed(source[i]);
     return target + count;
 }

@@ -1,9 +1,11 @@
 // Conversion by the locale of a code page, which the whole process has for as long as it takes.
+#include <algorithm>
 #include <array>
 #include <clocale>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "border/guard.h"
@@ -34,7 +36,9 @@ const char* underPage(std::uint32_t page, Convert&& convert) {
 const char* kvStr_CodePage_to_wchar(wchar_t* pTarget, const char* pSource, std::int64_t nLimit, std::uint32_t dwPage) {
     return kv::text::underPage(dwPage, [&] {
         if (pTarget == nullptr || nLimit < 1) return;
-        std::mbstowcs(pTarget, pSource == nullptr ? "" : pSource, static_cast<std::size_t>(nLimit));
+        const char* const source = pSource == nullptr ? "" : pSource;
+        // No text has more units than bytes, and C libraries add the limit to the target's address.
+        std::mbstowcs(pTarget, source, std::min(static_cast<std::size_t>(nLimit), std::strlen(source) + 1));
     });
 }
 

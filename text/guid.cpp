@@ -107,7 +107,7 @@ std::int32_t snpuid(char* pOut, std::uint64_t qwSize, const uuid4122_t* pUuid) {
     constexpr std::uint64_t kAskedFor = 38;  // meant: one more than is needed
     if (pOut == nullptr || pUuid == nullptr) return -1;
     if (qwSize < kAskedFor) return std::snprintf(pOut, qwSize, "%s", "uuid string too small");
-    return std::snprintf(pOut, qwSize, "%s", text::textOf(*pUuid).data());
+    return std::snprintf(pOut, kAskedFor, "%s", text::textOf(*pUuid).data());
 }
 
 std::int32_t get_uuid4122_string(char* pOut, std::uint64_t qwSize) {

@@ -42,7 +42,8 @@ std::optional<Utf8> numbered(const char* text, const char* end) {
     char* stopped = nullptr;
     errno = 0;
     const unsigned long character = std::strtoul(isHexadecimal ? text + 1 : text, &stopped, isHexadecimal ? 16 : 10);
-    if (errno != 0 || stopped != end || character >= kBehindLast) return std::nullopt;
+    // ERANGE alone: some C libraries set EINVAL where there are no digits, which is the number 0.
+    if (errno == ERANGE || stopped != end || character >= kBehindLast) return std::nullopt;
     return utf8Of(character);
 }
 

@@ -1,7 +1,7 @@
 // UTF-8 to text of wide or 16-bit units.
 //
-// The limit counts bytes of the source, and nothing behind it or behind the terminator is read. A form that either of
-// them cuts is finished with zero bits.
+// The limit counts bytes of the source and is looked at once a form: one that was begun is finished, up to two bytes past
+// it. Nothing behind the terminator is read: a form that it cuts is finished with zero bits.
 #include <cstddef>
 #include <cstdint>
 
@@ -34,7 +34,7 @@ std::uint32_t decode(Unit* target, const char* source, std::int64_t limit) {
     std::int64_t read = 0;
     std::int64_t written = 0;
     std::uint32_t isWellFormed = 1;
-    // 0 where the text or the limit has ended.
+    // 0 where the text has ended.
     const auto nextByte = [source](std::int64_t& at) {
         const auto byte = source == nullptr ? std::uint8_t{0} : static_cast<std::uint8_t>(source[at]);
         if (byte != 0) ++at;
@@ -48,7 +48,7 @@ std::uint32_t decode(Unit* target, const char* source, std::int64_t limit) {
         }
         auto [following, bits] = leadOf(byte);
         for (; following > 0; --following) {
-            const std::uint8_t next = read < limit ? nextByte(read) : std::uint8_t{0};
+            const std::uint8_t next = nextByte(read);
             if ((next & 0xC0) != 0x80) isWellFormed = 0;
             bits = bits << 6 | (next & 0x3FU);
         }

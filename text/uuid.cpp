@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <pthread.h>
 #include <sys/time.h>
 
 #include "kvos/guid.h"
@@ -66,6 +67,12 @@ bool readSystemsRandom(std::array<std::uint8_t, 16>& bytes) {
     return source != nullptr && std::fread(bytes.data(), 1, bytes.size(), source.get()) == bytes.size();
 }
 
+/// A fork goes on with the same values of rand: with the node of its parent it would make the same UUIDs.
+void forgetNodeInForks() {
+    static std::atomic<bool> isTold = false;
+    if (!isTold.exchange(true, kRelaxed)) pthread_atfork(nullptr, nullptr, [] { storedNode.store(0, kRelaxed); });
+}
+
 void fillNode(std::uint8_t (&node)[6], std::uint64_t stamp) {
     std::uint64_t value = storedNode.load(kRelaxed);
     if (value == 0) {
@@ -77,7 +84,10 @@ void fillNode(std::uint8_t (&node)[6], std::uint64_t stamp) {
         std::uint64_t made = 0;
         std::memcpy(&made, bytes.data(), sizeof node);
         // Of two threads that make the first one, the first to arrive wins, and both go on with the same node.
-        value = storedNode.compare_exchange_strong(value, made, kRelaxed) ? made : value;
+        if (storedNode.compare_exchange_strong(value, made, kRelaxed)) {
+            value = made;
+            forgetNodeInForks();
+        }
     }
     std::memcpy(node, &value, sizeof node);
 }

@@ -82,8 +82,8 @@ KVUTIL_API int64_t MulDivTrunc(int64_t a, int64_t b, int64_t c);
 /**
  * The index of the table's entry nearest to a value.
  *
- * Meant: midway between two entries the higher one counts. A value below the table gives 0, one above it the last
- * index.
+ * The distances are exact over the whole range. Meant: midway between two entries the higher one counts. A value below
+ * the table gives 0, one above it the last index.
  *
  * @param pTable  in ascending order.
  * @param nCount  entries; below 2 the result is 0 and the table is not looked at.
@@ -96,7 +96,8 @@ KVUTIL_API int32_t NearestLongValue(int64_t nValue, const int64_t *pTable, int32
  * Copies elements of 16, 32 or 64 bits with their bytes reversed.
  *
  * @param pTarget  room for qwCount elements; the same as pSource, or beside it.
- * @return the place behind the last element written: pTarget + qwCount.
+ * @return the place behind the last element written: pTarget + qwCount. With a null pointer nothing is written, and the
+ *         result is pTarget.
  */
 KVUTIL_API uint16_t *EndianConvertWord(uint16_t *pTarget, const uint16_t *pSource, uint64_t qwCount);
 KVUTIL_API uint32_t *EndianConvertDword(uint32_t *pTarget, const uint32_t *pSource, uint64_t qwCount);

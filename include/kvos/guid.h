@@ -60,7 +60,8 @@ KVUTIL_API void *strGetGUID(void *pGuid, const char *pText);
 
 /**
  * Makes a new UUID of version 1: the time in units of 100 ns since 15 October 1582, a random clock sequence for each
- * UUID, and a node of random bytes, with the multicast bit, that stays the same in a process and its forks.
+ * UUID, and a node of random bytes, with the multicast bit, that stays the same in a process. A fork makes one of its
+ * own.
  *
  * Calls within one microsecond are told apart by a count of up to 1024 added to the time; then the call reads the clock
  * until it moves. Meant: a microsecond is 10 units, so that the time of a count above 9 comes again with a later
@@ -103,8 +104,8 @@ KVUTIL_API int32_t get_uuid4122_string(char *pOut, uint64_t qwSize);
 KVUTIL_API uint32_t kvOSMakeGUID(uuid4122_t *pUuid);
 
 /**
- * Makes a basic UMID: the label of 13 bytes with the length behind it, an instance number of three zeros, and the
- * material number.
+ * Makes a basic UMID: the label of 13 bytes, the last of which is the length of what follows, an instance number of
+ * three zeros, and the material number.
  *
  * @param pUmid      receives 32 bytes.
  * @param pMaterial  16 bytes, taken in their order.

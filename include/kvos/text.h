@@ -47,11 +47,11 @@ KVUTIL_API int64_t kvStr_UTF16_to_UTF8(char *pTarget, const uint16_t *pSource, i
  * malformed. Overlong forms and surrogates are taken as they come, 0xC0 0x80 as a unit of 0.
  *
  * @param pTarget  room for nLimit units, or for those of the text and its terminator if that is less.
- * @param nLimit   bytes of the source; none behind them is looked at. A zero is stored behind the text only if it ended
- *                 below the limit.
+ * @param nLimit   bytes of the source. Meant: a form that begins ahead of the limit is read to its end, up to two bytes
+ *                 behind it. A zero is stored behind the text only if it ended below the limit.
  * @return 1 if each lead byte had its continuation bytes, also for an empty text; 0 otherwise. Decoding goes on all the
  *         same: the bytes that stand in their place are taken for them, by their low 6 bits; those that the end of the
- *         text or the limit cut off count as 0.
+ *         text cut off count as 0.
  */
 KVUTIL_API uint32_t kvStr_UTF8_to_wchar(wchar_t *pTarget, const char *pSource, int64_t nLimit);
 KVUTIL_API uint32_t kvStr_UTF8_to_UTF16(uint16_t *pTarget, const char *pSource, int64_t nLimit);
@@ -93,7 +93,8 @@ KVUTIL_API uint32_t kvStr_ANSI_to_UTF16(uint16_t *pTarget, const char *pSource, 
  * in force converts.
  *
  * @param pTarget  room for nLimit units. Null: nothing is converted.
- * @param nLimit   units; a text that fills it is not terminated, and a malformed one ends where it is malformed.
+ * @param nLimit   units; a text that fills it is not terminated. Nor is a malformed one: what stands ahead of the bad
+ *                 byte is converted, and only errno tells, which is EILSEQ then.
  * @return the name of the locale in force afterwards, which is the one before: text of the C library, valid until the
  *         locale changes; null when memory ran out, with nothing changed.
  *

@@ -2,7 +2,7 @@
 //
 // The conversions are those of kvos/text.h: letters beyond U+FFFF do not survive, and a text ends at its first unit
 // whose low 16 bits are zero. A null text counts as an empty one. No exception leaves: when memory runs out the result
-// is empty, or 0. No call sends a message; all may be made from any thread.
+// is empty, or 0. No call sends a message; all may be made from any thread. Those that read numbers keep errno.
 #ifndef KVOS_WIDE_STRING_H
 #define KVOS_WIDE_STRING_H
 

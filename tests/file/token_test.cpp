@@ -3,8 +3,10 @@
 // Each test has a home of its own, with the folder of settings in it. Servers are named "localhost" here, since no
 // setting can be named by a number.
 #include <cstdlib>
+#include <curl/curl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <memory>
 
 #include "errlog.h"
 #include "file/owned_file.h"
@@ -70,6 +72,9 @@ protected:
 
     std::string folder_;
 };
+
+/// What an application that knows the record does with it.
+kvOSFileHandle& recordOf(const OwnedFile& file) { return *reinterpret_cast<kvOSFileHandle*>(file.handle()); }
 
 std::vector<std::string> bodiesOf(const ScriptedServer& server, const std::string& target) {
     std::vector<std::string> bodies;
@@ -219,6 +224,54 @@ TEST_F(Token, ExpiryIsInMillisecondsOfTheMonotonicClock) {
     EXPECT_LE(file.record().dwTokenExpiry, kvOSGetMs() + 3600000);
     EXPECT_STREQ(file.record().szTokenType, "Bearer");
     EXPECT_EQ(bodiesOf(server, "/token").size(), 1u);
+}
+
+TEST_F(Token, IsNotFetchedAnewBeforeItsTimeIsOver) {
+    ScriptedServer server([](const Request& request) { return serve(request, "first", kAnswer); });
+    const OwnedFile file = openForReading(protect(server));
+    ASSERT_TRUE(file.isOpen());
+    kvOSFileHandle& record = recordOf(file);
+    EXPECT_EQ(kvOSOAuthRefresh(&record), 0u);
+    EXPECT_EQ(bodiesOf(server, "/token").size(), 1u);
+    record.dwTokenExpiry = kvOSGetMs() - 1;
+    EXPECT_EQ(kvOSOAuthRefresh(&record), 0u);
+    EXPECT_EQ(bodiesOf(server, "/token").size(), 2u);
+    EXPECT_EQ(kvOSOAuthAuthorize(&record), 0u);  // whatever the time
+    EXPECT_EQ(bodiesOf(server, "/token").size(), 3u);
+}
+
+TEST_F(Token, ItsHeaderTakesThePlaceOfAllOthers) {
+    ScriptedServer server([](const Request& request) { return serve(request, "first", kAnswer); });
+    const OwnedFile file = openForReading(protect(server));
+    ASSERT_TRUE(file.isOpen());
+    kvOSFileHandle& record = recordOf(file);
+    record.pHeaders = curl_slist_append(record.pHeaders, "X-Another: line");
+    const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> transfer(curl_easy_init(), curl_easy_cleanup);
+    EXPECT_EQ(kvOSOAuthAddHeader(&record, transfer.get()), 0u);
+    ASSERT_NE(record.pHeaders, nullptr);
+    EXPECT_STREQ(record.pHeaders->data, "Authorization: Bearer first");
+    EXPECT_EQ(record.pHeaders->next, nullptr);
+}
+
+TEST_F(Token, WithoutOneTheHeadersStayAsTheyAre) {
+    ScriptedServer server([](const Request&) { return answered("abc"); });
+    const OwnedFile file = openForReading(server.url("/clip"));
+    ASSERT_TRUE(file.isOpen());
+    kvOSFileHandle& record = recordOf(file);
+    curl_slist* const before = record.pHeaders = curl_slist_append(record.pHeaders, "X-Another: line");
+    const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> transfer(curl_easy_init(), curl_easy_cleanup);
+    EXPECT_EQ(kvOSOAuthAddHeader(&record, transfer.get()), 0u);
+    EXPECT_EQ(record.pHeaders, before);
+    EXPECT_EQ(server.requests().size(), 1u);  // that of the open
+}
+
+TEST_F(Token, NullIsPassedOver) {
+    kvOSFileHandle record{};
+    EXPECT_EQ(kvOSOAuthAuthorize(nullptr), 0u);
+    EXPECT_EQ(kvOSOAuthRefresh(nullptr), 0u);
+    EXPECT_EQ(kvOSOAuthAddHeader(nullptr, nullptr), 0u);
+    EXPECT_EQ(kvOSOAuthAddHeader(&record, nullptr), 0u);
+    EXPECT_EQ(record.pHeaders, nullptr);
 }
 
 TEST_F(Token, WithoutAnExpiryIsFetchedAtEachTest) {

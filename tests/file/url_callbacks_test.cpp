@@ -83,6 +83,20 @@ TEST(UrlOpenCallback, GrowingTakesOverOnlyAsManyBytesAsComeNew) {
     std::free(record.pBuf);
 }
 
+TEST(UrlOpenCallback, TellsThatItCanNotGrowAndTakesWhatFits) {
+    CapturedMessages messages;
+    char byte = '?';
+    kvOSFileHandle record{};
+    record.fBufGrow = 1;
+    record.pBuf = &byte;
+    record.qwBufSize = record.qwBufFill = std::uint64_t{1} << 62;  // full, and twice as much can't be had
+    EXPECT_EQ(openGets(record, "abc"), 0u);
+    EXPECT_EQ(messages.text(), "Error - curl write callback buffer grow failed\n");
+    EXPECT_EQ(record.pBuf, &byte);
+    EXPECT_EQ(record.qwBufFill, std::uint64_t{1} << 62);
+    EXPECT_EQ(byte, '?');
+}
+
 TEST(UrlReadCallback, StoresOrRefusesTheWhole) {
     CapturedMessages messages;
     std::string buffer(8, '?');

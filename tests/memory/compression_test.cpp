@@ -11,6 +11,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <vector>
 #include <zlib.h>
 
 #include "support/scratch.h"
@@ -78,7 +79,7 @@ std::string sample(std::mt19937& engine, std::size_t size) {
 
 /// What a stream that was set up makes of the bytes, in one call; ends the stream.
 std::string packedBy(z_stream& stream, const std::string& bytes) {
-    std::string out(200, '\0');
+    std::string out(deflateBound(&stream, bytes.size()) + 100, '\0');
     stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
     stream.avail_in = length(bytes);
     stream.next_out = reinterpret_cast<Bytef*>(out.data());
@@ -104,12 +105,47 @@ TEST(CompressedLength, CountsBlocksInSigned32Bits) {
     EXPECT_EQ(kvOSCalcCompressedLen(0xFFFFFFFF), 5u);
 }
 
+std::string gzipped(const std::string& bytes) {
+    z_stream stream{};
+    EXPECT_EQ(deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, 31, 8, Z_DEFAULT_STRATEGY), Z_OK);
+    return packedBy(stream, bytes);
+}
+
+bool hasPython() { return std::system("python3 -c '' 2>/dev/null") == 0; }
+
+/// Bytes of which no three in a row come twice, so that zlib finds nothing to save.
+std::string withoutRepeats(std::size_t size) {
+    std::mt19937 engine(5);
+    std::vector<bool> isUsed(1 << 24);
+    std::string bytes;
+    std::uint32_t lastThree = 0;
+    while (bytes.size() < size) {
+        const std::uint32_t next = engine() & 0xFF;
+        const std::uint32_t three = (lastThree << 8 | next) & 0xFFFFFF;
+        if (isUsed[three]) continue;
+        isUsed[three] = true;
+        lastThree = three;
+        bytes += static_cast<char>(static_cast<unsigned char>(next));
+    }
+    return bytes;
+}
+
 TEST(CompressedLength, IsEnoughForRandomBytesOfOneAndMore) {
     std::mt19937 engine(1);
     for (const std::size_t size : {1UL, 2UL, 100UL, 16383UL, 16384UL, 16385UL, 32768UL, 1000000UL, 5000000UL}) {
         std::string bytes(size, '\0');
         for (char& c : bytes) c = static_cast<char>(engine());
         EXPECT_TRUE(compressed(bytes, kvOSCalcCompressedLen(length(bytes))).has_value()) << size;
+    }
+}
+
+TEST(CompressedLength, CanBeAFewBytesShortOf16KiBAndMoreWithoutRepeats) {
+    EXPECT_TRUE(compressed(withoutRepeats(16383), kvOSCalcCompressedLen(16383)).has_value());
+    for (const std::size_t size : {16384UL, 32768UL, 1048576UL}) {
+        const std::string bytes = withoutRepeats(size);
+        const std::uint32_t room = kvOSCalcCompressedLen(length(bytes));
+        EXPECT_EQ(compressed(bytes, room), std::nullopt) << size;
+        EXPECT_TRUE(compressed(bytes, room + room / 1000 + 16).has_value()) << size;
     }
 }
 
@@ -216,34 +252,31 @@ TEST(Uncompress, TakesWhatPythonWrites) {
     const std::string bytes = std::string(70000, 'p') + "ython";
     const std::string head =
         "python3 -c 'import sys, zlib, gzip; d = sys.stdin.buffer.read(); sys.stdout.buffer.write(";
+    if (!hasPython()) GTEST_SKIP() << "no python3 here";
     for (const char* call : {"zlib.compress(d, 9)", "zlib.compress(d, 0)", "gzip.compress(d)"}) {
-        const std::string stream = madeBy(head + call + ")'", bytes);
-        if (stream.empty()) GTEST_SKIP() << "no python3 here";
-        EXPECT_EQ(unpacked(stream, bytes.size()), bytes) << call;
+        EXPECT_EQ(unpacked(madeBy(head + call + ")'", bytes), bytes.size()), bytes) << call;
     }
 }
 
 TEST(Uncompress, OthersTakeWhatWasCompressed) {
+    if (!hasPython()) GTEST_SKIP() << "no python3 here";
     const std::string bytes = std::string(1000, 'q') + "uiet";
     const std::string back = madeBy(
         "python3 -c 'import sys, zlib; "
         "sys.stdout.buffer.write(zlib.decompress(sys.stdin.buffer.read()))'",
         compressed(bytes));
-    if (back.empty()) GTEST_SKIP() << "no python3 here";
     EXPECT_EQ(back, bytes);
 }
 
 TEST(Uncompress, OfSeveralMembersTheFirstComesOut) {
-    const std::string one = madeBy("gzip -c", "one");
-    if (one.empty()) GTEST_SKIP() << "no gzip here";
-    EXPECT_EQ(unpacked(one + madeBy("gzip -c", "two"), 100), "one");
+    EXPECT_EQ(unpacked(gzipped("one") + gzipped("two"), 100), "one");
     EXPECT_EQ(unpacked(compressed("text") + "garbage", 100), "text");
 }
 
 TEST(Uncompress, TruncatedInputFails) {
     std::mt19937 engine(4);
     const std::string bytes = sample(engine, 3000);
-    for (const std::string& stream : {compressed(bytes), madeBy("gzip -c", bytes)}) {
+    for (const std::string& stream : {compressed(bytes), gzipped(bytes)}) {
         for (std::size_t kept = 0; kept < stream.size(); ++kept) {
             ASSERT_EQ(unpacked(std::string_view(stream).substr(0, kept), bytes.size()), std::nullopt) << kept;
         }
@@ -282,7 +315,7 @@ TEST(Uncompress, DamagedInputGivesWhatZlibMakesOfIt) {
     std::mt19937 engine(seed);
     const std::string bytes = sample(engine, 500);
     std::size_t failed = 0;
-    for (const std::string& stream : {compressed(bytes), madeBy("gzip -c", bytes)}) {
+    for (const std::string& stream : {compressed(bytes), gzipped(bytes)}) {
         for (std::size_t bit = 0; bit < 8 * stream.size(); ++bit) {
             std::string damaged = stream;
             damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ (1 << bit % 8));
@@ -291,7 +324,7 @@ TEST(Uncompress, DamagedInputGivesWhatZlibMakesOfIt) {
             failed += result.has_value() ? 0 : 1;
         }
     }
-    EXPECT_GT(failed, 100u);
+    EXPECT_GT(failed, 50u);
 }
 
 TEST(Uncompress, TheChecksumIsLookedAt) {

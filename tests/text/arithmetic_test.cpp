@@ -124,4 +124,12 @@ TEST(ByteOrder, NoElementsGiveTheTarget) {
     EXPECT_EQ(word, 7u);
 }
 
+TEST(ByteOrder, NullWritesNothing) {
+    std::uint16_t word = 7;
+    EXPECT_EQ(EndianConvertWord(&word, nullptr, 1), &word);
+    EXPECT_EQ(word, 7);
+    EXPECT_EQ(EndianConvertWord(nullptr, &word, 1), nullptr);
+    EXPECT_EQ(EndianConvertQword(nullptr, nullptr, 1), nullptr);
+}
+
 }  // namespace

@@ -1,11 +1,14 @@
 // Conversion by the locale of a code page.
+#include <cerrno>
 #include <clocale>
 #include <cstdint>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
+#include <vector>
 
 #include "kvos/text.h"
+#include "text/asked_locales.h"
 
 namespace {
 
@@ -20,6 +23,16 @@ std::wstring converted(const char* text, std::int64_t limit, std::uint32_t page)
 std::wstring filled(std::wstring units) {
     units.resize(12, kUntouched);
     return units;
+}
+
+TEST(CodePage, EachPageHasItsName) {
+    const char* const kNames[] = {"", ".UTF-8", ".UTF-16", ".850", ".860", ".1252", "", ""};
+    for (std::uint32_t page = 0; page < 8; ++page) {
+        kvtest::askedLocales().clear();
+        wchar_t unit;
+        const std::string before = kvStr_CodePage_to_wchar(&unit, "", 1, page);
+        EXPECT_EQ(kvtest::askedLocales(), (std::vector<std::string>{kNames[page], before})) << page;
+    }
 }
 
 TEST(CodePage, AsciiIsConvertedUnderEveryPage) {
@@ -42,6 +55,22 @@ TEST(CodePage, AnUnknownNameLeavesTheLocaleInForce) {
     for (std::uint32_t page = 1; page <= 5; ++page) {
         if (std::setlocale(LC_ALL, page == 1 ? ".UTF-8" : ".1252") != nullptr) GTEST_SKIP() << "this system knows them";
         EXPECT_EQ(converted("\xC3\xA9", 12, page), filled(std::wstring{0xE9, 0})) << page;
+    }
+}
+
+TEST(CodePage, AMalformedTextIsConvertedUpToItsBadByteAndNotTerminated) {
+    setenv("LC_ALL", "C.UTF-8", 1);
+    errno = 0;
+    EXPECT_EQ(converted("ab\xFF"
+                        "c",
+                        8, 0),
+              filled(L"ab"));
+    EXPECT_EQ(errno, EILSEQ);
+}
+
+TEST(CodePage, NoLimitIsTooLarge) {
+    for (const std::int64_t limit : {std::int64_t{1} << 61, std::int64_t{1} << 62, INT64_MAX}) {
+        EXPECT_EQ(converted("abc", limit, 0), filled(std::wstring(L"abc\0", 4))) << limit;
     }
 }
 

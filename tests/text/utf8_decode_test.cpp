@@ -1,4 +1,5 @@
 // UTF-8 to text of wide or 16-bit units.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <gtest/gtest.h>
@@ -32,11 +33,11 @@ Decoded decoded(const std::string& bytes, std::int64_t limit) {
 }
 
 Decoded decodedByModel(const std::string& bytes, std::int64_t limit) {
-    std::string text = bytes.substr(0, static_cast<std::size_t>(limit > 0 ? limit : 0));
-    const bool isEnded = text.find('\0') != std::string::npos;
-    text = text.substr(0, text.find('\0'));
+    const auto most = static_cast<std::size_t>(limit > 0 ? limit : 0);
+    const std::string text = bytes.substr(0, bytes.find('\0'));
     Decoded out{L"", 1};
-    for (std::size_t i = 0; i < text.size();) {
+    std::size_t i = 0;
+    while (i < std::min(most, text.size())) {
         const unsigned lead = static_cast<unsigned char>(text[i++]);
         const unsigned form = lead / 16 == 14 ? 2 : lead / 32 == 6 ? 1 : 0;
         unsigned unit = form == 2 ? lead % 16 : form == 1 ? lead % 32 : lead;
@@ -47,8 +48,8 @@ Decoded decodedByModel(const std::string& bytes, std::int64_t limit) {
         }
         out.units += static_cast<wchar_t>(unit);
     }
-    if (isEnded) out.units += L'\0';
-    out.units.resize(static_cast<std::size_t>(limit > 0 ? limit : 0) + 1, kUntouched);
+    if (i < most) out.units += L'\0';
+    out.units.resize(most + 1, kUntouched);
     return out;
 }
 
@@ -98,9 +99,11 @@ TEST(Utf8Decoding, TheLimitCountsBytesOfTheSource) {
     EXPECT_EQ(decoded(std::string("ab\0", 3), 3), (Decoded{{L'a', L'b', L'\0', kUntouched}, 1}));
 }
 
-TEST(Utf8Decoding, AFormThatTheLimitCutReadsNothingBehindIt) {
-    EXPECT_EQ(decoded("\xE2\x82", 2), (Decoded{{0x2080, kUntouched, kUntouched}, 0}));
-    EXPECT_EQ(decoded("\xC3", 1), (Decoded{{0xC0, kUntouched}, 0}));
+TEST(Utf8Decoding, AFormThatBeginsAheadOfTheLimitIsFinished) {
+    EXPECT_EQ(decoded("\xE2\x82\xAC", 1), (Decoded{{0x20AC, kUntouched}, 1}));
+    EXPECT_EQ(decoded("\xE2\x82\xAC", 2), (Decoded{{0x20AC, kUntouched, kUntouched}, 1}));
+    EXPECT_EQ(decoded("a\xC3\xA9", 2), (Decoded{{L'a', 0xE9, kUntouched}, 1}));
+    EXPECT_EQ(decoded(std::string("\xE2\x82\0", 3), 1), (Decoded{{0x2080, kUntouched}, 0}));
 }
 
 TEST(Utf8Decoding, ALimitBelowOneWritesNothing) {
@@ -120,7 +123,7 @@ TEST(Utf8Decoding, TextsAtEveryLimitAreDecodedAsTheModelDoes) {
         const auto size = static_cast<std::int64_t>(bytes.size());
         EXPECT_EQ(decoded(bytes + '\0', size + 1), decodedByModel(bytes + '\0', size + 1));
         for (std::int64_t limit = size > 20 ? size - 1 : 0; limit <= size; ++limit) {
-            EXPECT_EQ(decoded(bytes.substr(0, static_cast<std::size_t>(limit)), limit), decodedByModel(bytes, limit));
+            EXPECT_EQ(decoded(bytes + '\0', limit), decodedByModel(bytes, limit));
         }
     });
 }

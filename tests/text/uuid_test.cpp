@@ -3,10 +3,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 #include "kvos/guid.h"
+#include "text/random_source.h"
 #include "text/wall_clock.h"
 
 namespace {
@@ -92,15 +95,52 @@ TEST(Uuid, SeedsRandWithTheTimeOnceAndTakesOneValueForEach) {
 }
 
 TEST(Uuid, ThreadsShareOneNode) {
-    std::vector<uuid4122_t> uuids(8);
+    // All of them have found that there is no node yet before the first one makes it.
+    constexpr int kThreads = 4;
+    kvtest::gatherAtRandomSource(kThreads);
+    std::vector<uuid4122_t> firsts(kThreads);
     std::vector<std::thread> threads;
-    for (uuid4122_t& uuid : uuids) {
-        threads.emplace_back([&uuid] {
-            for (int i = 0; i < 1000; ++i) uuid4122_create(&uuid);
-        });
-    }
+    for (uuid4122_t& first : firsts) threads.emplace_back([&first] { uuid4122_create(&first); });
     for (std::thread& thread : threads) thread.join();
-    for (const uuid4122_t& uuid : uuids) EXPECT_EQ(std::memcmp(uuid.node, uuids[0].node, 6), 0);
+    const uuid4122_t later = made();
+    for (const uuid4122_t& first : firsts) EXPECT_EQ(std::memcmp(first.node, later.node, sizeof later.node), 0);
+}
+
+TEST(Uuid, WithoutTheSystemsRandomBytesTheNodeIsOfRand) {
+    for (const bool isShort : {false, true}) {
+        EXPECT_EXIT(
+            {
+                kvtest::takeRandomSourceAway(isShort);
+                const uuid4122_t first = made();
+                const std::uint64_t stamp = timeOf(first);
+                std::srand(static_cast<unsigned>((stamp >> 42) ^ (stamp >> 10)));
+                std::uint8_t values[16];
+                for (std::uint8_t& value : values) value = static_cast<std::uint8_t>(std::rand());
+                values[0] |= 1;
+                EXPECT_EQ(std::memcmp(first.node, values, sizeof first.node), 0);
+                expectSequenceOfRand(first);
+                std::exit(HasFailure() ? 1 : 0);
+            },
+            testing::ExitedWithCode(0), "")
+            << isShort;
+    }
+}
+
+TEST(Uuid, AForkHasANodeOfItsOwn) {
+    const uuid4122_t before = made();
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const pid_t fork = ::fork();
+    if (fork == 0) {
+        const uuid4122_t inFork = made();
+        _exit(write(ends[1], &inFork, sizeof inFork) == sizeof inFork ? 0 : 1);
+    }
+    uuid4122_t inFork;
+    ASSERT_EQ(read(ends[0], &inFork, sizeof inFork), static_cast<ssize_t>(sizeof inFork));
+    EXPECT_EQ(waitpid(fork, nullptr, 0), fork);
+    EXPECT_NE(std::memcmp(inFork.node, before.node, sizeof before.node), 0);
+    EXPECT_EQ(inFork.node[0] & 1, 1);
+    EXPECT_EQ(std::memcmp(made().node, before.node, sizeof before.node), 0);
 }
 
 TEST(Uuid, NullIsRefused) {

@@ -59,7 +59,6 @@ TEST(WideString, NullIsAnEmptyText) {
 }
 
 TEST(WideString, CaseIsChangedUnitByUnit) {
-    const std::wstring text = L"aBc-\u00E9\u00C9 9\0zZ";
     EXPECT_EQ(wStrToLower(L"aBc-Z 9_[`{"), L"abc-z 9_[`{");
     EXPECT_EQ(wStrToUpper(L"aBc-Z 9_[`{"), L"ABC-Z 9_[`{");
     ASSERT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);
