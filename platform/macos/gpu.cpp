@@ -3,7 +3,7 @@
 // No machine of this project has run this file.
 #include "platform/gpu.h"
 
-#include "platform/macos/io_registry.h"
+#include "platform/macos/frameworks.h"
 
 namespace kv::platform {
 namespace {
