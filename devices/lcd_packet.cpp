@@ -1,72 +1,55 @@
 // One command out and, if it is awaited, its reply in.
 //
 // The first byte of a reply is awaited without limit, as the line is set. Once it is there, the rest has a second for
-// each further byte: some systems hand out what has come at once, so that one read may not bring a whole reply, and a
-// reply that breaks off must not hold the caller for ever.
+// each further byte, signals or not. Without as much as its length after that, nothing more is awaited: a panel that
+// fell silent in the middle of a reply must not hold the caller for ever.
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <poll.h>
 #include <span>
 #include <unistd.h>
 
 #include "border/relaxed.h"
 #include "devices/descriptor.h"
 #include "devices/lcd_codes.h"
+#include "devices/read_on.h"
 #include "kvos/lcd.h"
 #include "kvos/serial.h"
 
 namespace kv::devices {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 constexpr int kTries = 4;
 constexpr useconds_t kPauseWithoutAByte_us = 10000;
-constexpr std::chrono::milliseconds kSilence{1000};
 constexpr std::uint8_t kMostReplyData = 20;  // with its CRC as much as the data of a packet
 constexpr std::size_t kCrcSize = 2;
 constexpr std::size_t kLargestFrame = 2 + KVLCD_DATA_SIZE + kCrcSize;
 
-/// Whether something can be read before the line has been silent for that long. Interruptions do not count.
-bool speaks(std::int64_t line, std::chrono::milliseconds silence) {
-    const auto deadline = Clock::now() + silence;
-    pollfd awaited{descriptorOf(line), POLLIN, 0};
-    while (true) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-        const int ready = poll(&awaited, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
-        if (ready >= 0 || errno != EINTR) return ready > 0;
-    }
-}
-
-/// Reads until the target is full, or the line fell silent or failed; the bytes read.
-std::size_t readOn(std::int64_t line, std::span<std::uint8_t> target) {
-    std::size_t count = 0;
-    while (count < target.size() && speaks(line, kSilence)) {
-        std::uint64_t got = 0;
-        if (kvOSSerialRead(line, target.data() + count, target.size() - count, &got) == 0) break;
-        count += got;
-    }
-    return count;
-}
-
 bool isHeadOfReply(std::uint8_t byte) { return (byte & 0xC0) == 0x40 && (byte & 0x3F) < kCommands; }
 
-/// One try: whether the reply to the command came, which is in the packet then.
-bool readReply(std::int64_t line, std::uint8_t command, COMMAND_PACKET& packet) {
+enum class Try { hasReply, hasNone, brokeOff };
+
+/// One try for the reply to the command, which is in the packet then.
+Try readReply(std::int64_t line, std::uint8_t command, COMMAND_PACKET& packet) {
     std::uint8_t head = 0;
     std::uint64_t got = 0;
     if (kvOSSerialRead(line, &head, 1, &got) == 0) {
         usleep(kPauseWithoutAByte_us);
-        return false;
+        return Try::hasNone;
     }
-    if (!isHeadOfReply(head)) return false;
+    if (!isHeadOfReply(head)) return Try::hasNone;
     const bool isItsReply = (head & 0x3F) == (command & 0x3F);
     COMMAND_PACKET other{};
-    return lcdSaveReturnPacket(isItsReply ? &packet : &other, head) == 0 && isItsReply;
+    if (lcdSaveReturnPacket(isItsReply ? &packet : &other, head) != 0) return Try::brokeOff;
+    return isItsReply ? Try::hasReply : Try::hasNone;
+}
+
+bool awaitReply(std::int64_t line, std::uint8_t command, COMMAND_PACKET& packet) {
+    Try last = Try::hasNone;
+    for (int i = 0; last == Try::hasNone && i < kTries; ++i) last = readReply(line, command, packet);
+    return last == Try::hasReply;
 }
 
 void writeFrame(std::int64_t line, const COMMAND_PACKET& packet, std::span<const std::uint8_t> checked) {
@@ -97,20 +80,26 @@ std::int32_t send_packet(COMMAND_PACKET* pPacket, std::uint64_t fWait) {
     const std::uint8_t command = pPacket->command;  // the reply goes over it
     if (line != 0) devices::writeFrame(line, *pPacket, {checked.data(), length});
     if (fWait == 0) return 0;
-    for (int i = 0; line != 0 && i < devices::kTries; ++i) {
-        if (devices::readReply(line, command, *pPacket)) return 0;
-    }
+    if (line != 0 && devices::awaitReply(line, command, *pPacket)) return 0;
     errno = ETIMEDOUT;
     return -1;
 }
 
 std::int32_t lcdSaveReturnPacket(COMMAND_PACKET* pPacket, std::uint8_t bCode) {
-    const std::int64_t line = kv::border::relaxedLoad(ghCOM);
+    const int line = devices::descriptorOf(kv::border::relaxedLoad(ghCOM));
+    if (pPacket == nullptr || line < 0) {
+        errno = pPacket == nullptr ? EINVAL : EBADF;
+        return -1;
+    }
     std::uint8_t told = 0;
-    if (pPacket == nullptr || devices::readOn(line, {&told, 1}) == 0) return -1;
+    if (devices::readOn(line, {&told, 1}, devices::Signals::doNotCount) == 0) {
+        errno = ETIMEDOUT;
+        return -1;
+    }
     const std::uint8_t length = std::min(told, devices::kMostReplyData);
     std::array<std::uint8_t, devices::kMostReplyData + devices::kCrcSize> rest{};
-    const std::size_t came = devices::readOn(line, {rest.data(), length + devices::kCrcSize});
+    const std::size_t came =
+        devices::readOn(line, {rest.data(), length + devices::kCrcSize}, devices::Signals::doNotCount);
     pPacket->command = bCode;
     pPacket->data_length = static_cast<std::uint8_t>(std::min<std::size_t>(came, length));
     std::ranges::copy_n(rest.begin(), pPacket->data_length, pPacket->data);

@@ -1,8 +1,9 @@
 // Typed text to the panel's bytes: a backslash begins a byte by its number, or is itself.
+//
+// The text is read no further than the bytes need, since it may be a field without a terminator.
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string_view>
 
 #include "kvos/lcd.h"
 
@@ -19,11 +20,11 @@ int digitOf(char character) {
 }
 
 /// The value of the first `count` digits; nothing if they are not all digits of that base, or come to more than a byte.
-std::optional<std::uint8_t> number(std::string_view text, std::size_t count, int base) {
-    if (text.size() < count) return std::nullopt;
+/// Nothing is read behind the first that is none.
+std::optional<std::uint8_t> number(const char* text, int count, int base) {
     int value = 0;
-    for (const char character : text.substr(0, count)) {
-        const int digit = digitOf(character);
+    for (int i = 0; i < count; ++i) {
+        const int digit = digitOf(text[i]);
         if (digit >= base) return std::nullopt;
         value = value * base + digit;
     }
@@ -35,14 +36,14 @@ struct Piece {
     std::size_t length;  // characters that it takes
 };
 
-Piece firstPiece(std::string_view text) {
-    if (text.starts_with("\\\\")) return {'\\', 2};
-    if (text.front() == '\\') {
-        if (const auto value = number(text.substr(1), 3, 10)) return {*value, 4};
-        if (const auto value = number(text.substr(1).starts_with('b') ? text.substr(2) : "", 8, 2)) return {*value, 10};
-        if (const auto value = number(text.substr(1).starts_with('x') ? text.substr(2) : "", 2, 16)) return {*value, 4};
+Piece firstPiece(const char* text) {
+    if (text[0] == '\\') {
+        if (text[1] == '\\') return {'\\', 2};
+        if (const auto value = number(text + 1, 3, 10)) return {*value, 4};
+        if (const auto value = text[1] == 'b' ? number(text + 2, 8, 2) : std::nullopt) return {*value, 10};
+        if (const auto value = text[1] == 'x' ? number(text + 2, 2, 16) : std::nullopt) return {*value, 4};
     }
-    return {static_cast<std::uint8_t>(text.front()), 1};
+    return {static_cast<std::uint8_t>(text[0]), 1};
 }
 
 }  // namespace
@@ -50,12 +51,11 @@ Piece firstPiece(std::string_view text) {
 
 std::uint32_t lcdConvertInputStringToArray(const char* pInput, std::uint8_t* pOutput) {
     if (pInput == nullptr || pOutput == nullptr) return 0;
-    std::string_view left = pInput;
     std::uint32_t written = 0;
-    while (!left.empty() && written < kv::devices::kMostBytes) {
-        const auto [byte, length] = kv::devices::firstPiece(left);
+    while (written < kv::devices::kMostBytes && *pInput != '\0') {
+        const auto [byte, length] = kv::devices::firstPiece(pInput);
         pOutput[written++] = byte;
-        left.remove_prefix(length);
+        pInput += length;
     }
     return written;
 }

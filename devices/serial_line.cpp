@@ -1,7 +1,7 @@
 // Opening a line, and what is done with an open one.
 //
-// Reads and writes are one call of the system each, and an interrupted one is not repeated: the interruption is how a
-// caller gets out of a read that waits for its first byte.
+// What a signal interrupts is not repeated: the interruption is how a caller gets out of a read that waits for its
+// first byte.
 #include "platform/serial_line.h"
 
 #include <cerrno>
@@ -9,12 +9,14 @@
 #include <cstdint>
 #include <cstdio>
 #include <fcntl.h>
+#include <span>
 #include <termios.h>
 #include <unistd.h>
 
 #include "border/guard.h"
 #include "border/text.h"
 #include "devices/descriptor.h"
+#include "devices/read_on.h"
 #include "devices/serial_links.h"
 #include "kvos/attributes.h"
 #include "kvos/serial.h"
@@ -100,7 +102,11 @@ std::uint32_t kvOSSerialWrite(std::int64_t hSerial, const void* pBuffer, std::ui
 
 std::uint32_t kvOSSerialRead(std::int64_t hSerial, void* pBuffer, std::uint64_t qwCount, std::uint64_t* pqwRead) {
     if (qwCount == 0 || pBuffer == nullptr || pqwRead == nullptr) return 0;
-    return devices::told(read(devices::descriptorOf(hSerial), pBuffer, qwCount), *pqwRead);
+    const int line = devices::descriptorOf(hSerial);
+    if (devices::told(read(line, pBuffer, qwCount), *pqwRead) == 0) return 0;
+    const std::span rest(static_cast<std::uint8_t*>(pBuffer) + *pqwRead, qwCount - *pqwRead);
+    *pqwRead += devices::readOn(line, rest, devices::Signals::endIt);
+    return 1;
 }
 
 std::uint32_t kvOSSerialGetStat(std::int64_t hSerial, std::uint32_t dwSelector) {

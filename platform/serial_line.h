@@ -4,6 +4,7 @@
 // the same calls everywhere and are not here.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <span>
 
@@ -23,5 +24,12 @@ void setTerminalReady(int line, bool on) noexcept;
 
 /// The modem lines in the system's TIOCM_ bits, which are the same on all; 0 if the line can't tell.
 std::uint32_t modemLines(int line) noexcept;
+
+/// Bytes that were written and are not sent; 0 if the line can't tell.
+std::uint32_t unsentBytes(int line) noexcept;
+
+/// Waits until a read of the line, an open descriptor, would not wait; at its end, or once it failed, none does. 1
+/// then, 0 when that time has passed, -1 with errno set: EINTR for a signal's handler.
+int awaitInput(int line, std::chrono::milliseconds atMost) noexcept;
 
 }  // namespace kv::platform

@@ -177,7 +177,8 @@ KVUTIL_API uint8_t *base64_decode(const void *pInput, uint64_t qwLength, uint64_
  *
  * Results are allocated with KVAlloc, the caller's until KVFree. Where there is none, for lack of memory or because the
  * input is refused, *ppOut is null, *pqwOutLength 0 and the result 0. pqwOutLength may be null, ppOut may not: nothing
- * is done then, with the result 0. Sizes of 4 GiB and more are refused. The messages are those of KVAlloc.
+ * is done then, with the result 0. What would need a buffer of 4 GiB or more is refused; kvXCEncode and kvXCDEcode
+ * take twice their input and refuse earlier. The messages are those of KVAlloc.
  */
 
 /**
@@ -213,6 +214,8 @@ KVUTIL_API uint64_t xor_decrypt(const char *pReserved, uint32_t dwKey, const voi
  * xor_encrypt, then base64_encode, without the last line feed: a text of one line up to 54 scrambled bytes, that is, 49
  * of the input with the shortest drawn prefix.
  *
+ * Prefix, separator and input together may have 2 GiB less 4 bytes. More is refused, but only behind the scramble.
+ *
  * @param ppOut         receives the text, terminated.
  * @param pqwOutLength  receives its length.
  * @return the same length.
@@ -220,7 +223,10 @@ KVUTIL_API uint64_t xor_decrypt(const char *pReserved, uint32_t dwKey, const voi
 KVUTIL_API uint64_t kvXCEncode(const char *pReserved, uint32_t dwKey, const void *pInput, uint64_t qwInput,
                                const void *pPrefix, uint64_t qwPrefix, uint8_t **ppOut, uint64_t *pqwOutLength);
 
-/** base64_decode, then xor_decrypt, with the length of the latter. What base64_decode refuses gives no result. */
+/**
+ * base64_decode, then xor_decrypt, with the length of the latter. What base64_decode refuses gives no result, nor does
+ * an input of 2 GiB or more.
+ */
 KVUTIL_API uint64_t kvXCDEcode(const char *pReserved, uint32_t dwKey, const void *pInput, uint64_t qwInput,
                                uint8_t **ppOut, uint64_t *pqwOutLength);
 

@@ -5,9 +5,11 @@
 //
 // Calls wait for that reply only if gfDefaultWait is not 0, or if they are told to. Meant: without waiting every call
 // succeeds, whether or not there is a panel; and a wait for the first byte of a reply has no limit, so that a panel
-// that stays silent holds the caller until the line is hung up or a signal's handler interrupts the read.
+// that stays silent holds the caller until the line is hung up or signals interrupt it. Each interruption, by a handler
+// that was not installed to restart reads, ends one of the four tries of send_packet.
 //
-// Nothing here locks: the line and the variables belong to one thread at a time. Nothing is allocated.
+// The line and the variables belong to one thread at a time. Sending and receiving takes no lock and no memory; the
+// opens do for their messages.
 #ifndef KVOS_LCD_H
 #define KVOS_LCD_H
 
@@ -40,12 +42,18 @@ extern KVUTIL_API const uint8_t korvaneD[64];       /* eight characters of eight
  * Opens the panel's line by port number, as kvOSSerialOpen, and brings panel and line to one speed.
  *
  * The panel may be at either of its speeds. So the line is opened at the other one, the panel told to change, the line
- * closed, opened again and handed to lcdFinishOpen, whatever the panel replied.
+ * closed, opened again and handed to lcdFinishOpen, whatever the panel replied. Ahead of the close the line gets up to
+ * a second to send what it holds, or until a signal's handler comes; what is left then is dropped.
+ *
+ * Set gfDefaultWait behind this call, not ahead of it: a panel that has the wanted speed already never replies to a
+ * change that comes at the other one, and with gfDefaultWait set that reply is awaited without limit.
  *
  * Meant: dwBaud only says which way the panel is switched, 19200 to that speed and any other value to 115200;
- * gdwBAUDRate is what the line then gets, and has to say the same. A line that is open already is not closed by this.
+ * gdwBAUDRate is what the line then gets, and has to say the same. A line that is open already is not closed by this:
+ * ghCOM keeps it if the line can't be opened at all, and is the new line's from there on.
  *
- * @return the handle, which ghCOM holds as well, closed with lcdCloseCom; -1 on failure, with ghCOM 0.
+ * @return the handle, which ghCOM holds as well, closed with lcdCloseCom; -1 on failure. ghCOM is 0 then if the line
+ *         was opened first and lost at its second open or for want of a panel.
  *
  * Last error: as the failed open left it, or as lcdFinishOpen.
  * Messages:   "LCD opening com %ld " with the port, for 19200 alone; those of lcdFinishOpen.
@@ -58,7 +66,11 @@ KVUTIL_API int64_t lcdOpenComString(const char *pPath, uint32_t dwBaud);
 /**
  * Sets the line to gdwBAUDRate, 8 bits, no parity, one stop bit, and asks the panel for a sign of life.
  *
- * @param hSerial  the line that ghCOM holds already; 0 for none. On failure it is closed, and ghCOM becomes 0.
+ * ghCOM is not set by this, and the question goes out on ghCOM's line, whatever hSerial is: with ghCOM 0 nothing is
+ * sent, which is a failure only where a reply is awaited.
+ *
+ * @param hSerial  the line that ghCOM holds already; 0 for none. On failure it is closed, and ghCOM becomes 0 if it
+ *                 held that line; another one stays.
  * @return hSerial; -1 without one, or when gfDefaultWait asks for a reply and none came.
  *
  * Last error: ETIMEDOUT when no reply came; untouched without a handle; it says nothing after success.
@@ -74,7 +86,11 @@ KVUTIL_API int32_t lcdCloseCom(void);
  * Sends one command and, if told to, waits for its reply.
  *
  * Four tries: each reads one byte, and if that is the head of a reply, the whole of it; a reply to another command is
- * dropped. A byte that is no head, and no byte at all, cost a try. See the top for how long a first byte is awaited.
+ * dropped. A byte that is no head, and no byte at all, cost a try. See the top for how long a first byte is awaited; a
+ * head without a length within a second ends the wait with the tries that are left.
+ *
+ * The replies to commands that did not wait stay on the line and cost tries here: four of them use up the wait.
+ * kvOSSerialFlush(ghCOM, 1, 0) ahead of a first wait drops what has come.
  *
  * @param pPacket  command, length (0 to 22) and data; its CRC is stored here. The reply overwrites command, length, as
  *                 many bytes of data, and CRC, as lcdSaveReturnPacket tells.
@@ -95,7 +111,9 @@ KVUTIL_API int32_t send_packet(COMMAND_PACKET *pPacket, uint64_t fWait);
  * @param pPacket  receives bCode as its command, the length, the data and the CRC; data behind the length stays as it
  *                 was. Of a reply that broke off the length is that of the data that came, and without its CRC the
  *                 packet's stays.
- * @return 0; -1, and the packet as it was, if the length did not come or for null.
+ * @return 0; -1, and the packet as it was, if the length did not come, without a line and for null.
+ *
+ * Last error: ETIMEDOUT when the length did not come, EBADF without a line, EINVAL for null.
  */
 KVUTIL_API int32_t lcdSaveReturnPacket(COMMAND_PACKET *pPacket, uint8_t bCode);
 
@@ -159,6 +177,7 @@ KVUTIL_API int32_t lcdSetKorvaneDGraphic(void);
  * "\b01000001" a binary one of eight digits, "\x41" a hexadecimal one of two. Anything else is copied as it stands, one
  * character for one byte, so also a backslash that begins none of these: "\256" stays four characters.
  *
+ * @param pInput   read no further than these bytes need: a field without a terminator is a text too.
  * @param pOutput  receives at most 23 bytes, without a terminator. The text ends at its terminator or there, which is
  *                 more than lcdSendText takes.
  * @return the bytes written; 0, with nothing written, for an empty text and for null.

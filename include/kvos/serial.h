@@ -50,11 +50,12 @@ KVUTIL_API int64_t kvOSSerialOpenString(const char *pPath);
  * Makes the line raw, with these settings and nothing else of what was set before; then raises DTR and asks the driver
  * for its shortest receive latency.
  *
- * A read waits for its first byte without limit. What has come by then may be less than was asked for, and the rest
- * then takes further reads; systems differ in it. No flow control, no echo, no signals.
+ * A read waits for its first byte without limit, and a second for each further one, as kvOSSerialRead tells. No flow
+ * control, no echo, no signals.
  *
  * @param dwBaud    0, 50, 75, 110, 134, 150, 200, 300, 600, 1200, 1800, 2400, 4800, 9600, 19200, 38400, 57600 or
- *                  115200. Meant: any other rate becomes 38400, so also 31250. 0 hangs up, as on every system.
+ *                  115200. Meant: any other rate becomes 38400, so also 31250. 0 drops DTR, which this call raises
+ *                  again.
  * @param dwBits    8, 7 or 6; any other value means 5.
  * @param dwParity  0 none, 2 even, any other value odd.
  * @param dwStop    2, or any other value for one stop bit.
@@ -107,12 +108,15 @@ KVUTIL_API int32_t kvOSSerialSetTimeOuts(int64_t hSerial);
 KVUTIL_API uint32_t kvOSSerialWrite(int64_t hSerial, const void *pBuffer, uint64_t qwCount, uint64_t *pqwWritten);
 
 /**
- * Reads from the line, with one read of the system: waits for the first byte without limit. A signal's handler ends the
- * wait, unless it was installed to restart reads.
+ * Reads from the line: waits for the first byte without limit, then goes on until the count is met or a second has
+ * passed without a further byte. A signal's handler ends both waits, the first one only unless it was installed to
+ * restart reads.
  *
- * @param qwCount  bytes. 0, and a null pointer of either kind: nothing is done and pqwRead stays as it is.
+ * @param qwCount  bytes. 0, and a null pointer of either kind: nothing is done and pqwRead stays as it is. With more
+ *                 than the other side sends, the call returns a second behind the last byte.
  * @param pqwRead  receives the bytes that came, 0 on failure.
- * @return 1 if at least one byte came, else 0 with the last error as the system left it.
+ * @return 1 if at least one byte came, whatever ended the call; else 0 with the last error as the system left it: EINTR
+ *         for a signal ahead of the first byte.
  */
 KVUTIL_API uint32_t kvOSSerialRead(int64_t hSerial, void *pBuffer, uint64_t qwCount, uint64_t *pqwRead);
 

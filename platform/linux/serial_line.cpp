@@ -3,6 +3,7 @@
 
 #include <array>
 #include <linux/serial.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 
 namespace kv::platform {
@@ -29,6 +30,11 @@ void lowerReceiveLatency(int line) noexcept {
 void setTerminalReady(int line, bool on) noexcept {
     const int lines = TIOCM_DTR;
     ioctl(line, on ? TIOCMBIS : TIOCMBIC, &lines);
+}
+
+int awaitInput(int line, std::chrono::milliseconds atMost) noexcept {
+    pollfd input{line, POLLIN, 0};
+    return poll(&input, 1, static_cast<int>(atMost.count()));
 }
 
 }  // namespace kv::platform

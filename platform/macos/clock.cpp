@@ -1,11 +1,12 @@
 // The monotonic clock: absolute time, whose tick differs from machine to machine. It stands still during sleep.
 //
-// No compiler of this project's machines has seen this file.
+// No machine of this project has run this file.
 #include "platform/clock.h"
 
-#include <CoreServices/CoreServices.h>
 #include <bit>
 #include <mach/mach_time.h>
+
+#include "platform/macos/frameworks.h"
 
 namespace kv::platform {
 

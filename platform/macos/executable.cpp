@@ -1,6 +1,6 @@
 // The running program, as the dynamic loader shows it. Links are not followed, and the path may hold "." and "..".
 //
-// No compiler of this project's machines has seen this file.
+// No machine of this project has run this file.
 #include "platform/executable.h"
 
 #include <cerrno>

@@ -1,6 +1,6 @@
 // The times of a file under their BSD names.
 //
-// No compiler of this project's machines has seen this file.
+// No machine of this project has run this file.
 #include "platform/file_times.h"
 
 namespace kv::platform {

@@ -1,5 +1,5 @@
 // The full-synchronise command of macOS; its result is not looked at.
-// No compiler here has seen this file.
+// No machine of this project has run this file.
 #include "platform/full_sync.h"
 
 #include <fcntl.h>

@@ -1,10 +1,13 @@
 // Serial lines on macOS, by the names that open without waiting for a carrier.
 //
-// No compiler of this project's machines has seen this file.
+// No machine of this project has run this file.
 #include "platform/serial_line.h"
 
 #include <array>
+#include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/select.h>
+#include <sys/time.h>
 
 namespace kv::platform {
 namespace {
@@ -57,5 +60,19 @@ void lowerReceiveLatency(int line) noexcept {
 }
 
 void setTerminalReady(int line, bool on) noexcept { ioctl(line, on ? TIOCSDTR : TIOCCDTR); }
+
+// With select, since poll did not take devices for long. Only a descriptor that no set holds is left to it.
+int awaitInput(int line, std::chrono::milliseconds atMost) noexcept {
+    const auto wait_ms = static_cast<int>(atMost.count());
+    if (line >= FD_SETSIZE) {
+        pollfd input{line, POLLIN, 0};
+        return poll(&input, 1, wait_ms);
+    }
+    fd_set lines;
+    FD_ZERO(&lines);
+    FD_SET(line, &lines);
+    timeval wait{wait_ms / 1000, wait_ms % 1000 * 1000};
+    return select(line + 1, &lines, nullptr, nullptr, &wait);
+}
 
 }  // namespace kv::platform

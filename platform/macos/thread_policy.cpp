@@ -1,6 +1,6 @@
 // Scheduling of threads on macOS: the time constraint is counted in ticks of the bus, so its frequency is asked first.
 //
-// No compiler of this project's machines has seen this file.
+// No machine of this project has run this file.
 #include "platform/thread_policy.h"
 
 #include <cstddef>

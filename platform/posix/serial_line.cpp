@@ -12,4 +12,9 @@ std::uint32_t modemLines(int line) noexcept {
     return ioctl(line, TIOCMGET, &lines) == 0 ? static_cast<std::uint32_t>(lines) : 0;
 }
 
+std::uint32_t unsentBytes(int line) noexcept {
+    int count = 0;
+    return ioctl(line, TIOCOUTQ, &count) == 0 ? static_cast<std::uint32_t>(count) : 0;
+}
+
 }  // namespace kv::platform

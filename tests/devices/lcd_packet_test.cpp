@@ -2,6 +2,8 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <optional>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <thread>
 
@@ -43,7 +45,17 @@ protected:
         EXPECT_GT(ghCOM, 0);
         kvOSSerialSetup(ghCOM, 19200, 8, 0, 1);
     }
-    ~LcdPacket() override { lcdCloseCom(); }
+    ~LcdPacket() override {
+        lineCalls() = {};
+        lcdCloseCom();
+    }
+
+    /// What becomes of each wait for a further byte.
+    template <class OnWait>
+    static void atEachWait(const OnWait& onWait) {
+        lineCalls().awaitedLine = static_cast<int>(ghCOM - 1);
+        lineCalls().onWait = [onWait](int) -> std::optional<int> { return onWait(); };
+    }
 
     std::int32_t readKeys() {
         packet_ = packetOf(kReadKeys);
@@ -209,8 +221,58 @@ TEST_F(LcdPacket, AHeadWithoutALengthIsNoReply) {
     EXPECT_EQ(left(1), Bytes{0x40 | kReadKeys});
     packet_.data_length = 3;
     EXPECT_EQ(lcdSaveReturnPacket(&packet_, 0x40 | kReadKeys), -1);
+    EXPECT_EQ(errno, ETIMEDOUT);
     EXPECT_EQ(packet_.command, kReadKeys);
     EXPECT_EQ(packet_.data_length, 3);
+}
+
+TEST_F(LcdPacket, ASilenceBehindAHeadEndsTheWaitWithItsFirstTry) {
+    int waits = 0;
+    atEachWait([&waits] {
+        ++waits;
+        return 0;  // a second has passed
+    });
+    for (const std::uint8_t command : {kReadKeys, kClear}) {
+        panel_.next(Bytes{static_cast<std::uint8_t>(0x40 | command)});
+        errno = 0;
+        EXPECT_EQ(readKeys(), -1);  // no further byte is awaited, which would be without limit
+        EXPECT_EQ(errno, ETIMEDOUT);
+        EXPECT_EQ(packet_.command, kReadKeys);
+        EXPECT_EQ(packet_.data_length, 0);
+    }
+    EXPECT_EQ(waits, 2);
+}
+
+TEST_F(LcdPacket, SignalsDoNotBreakAReplyOff) {
+    int waits = 0;
+    atEachWait([&waits]() -> std::optional<int> {
+        if (++waits % 2 == 0) return std::nullopt;
+        errno = EINTR;
+        return -1;
+    });
+    EXPECT_EQ(readKeys(), 0);
+    EXPECT_EQ(dataOf(packet_), (Bytes{0x01, 0x20, 0x08}));
+    EXPECT_GE(waits, 4);
+}
+
+TEST_F(LcdPacket, RepliesThatNobodyAwaitedUseUpALaterWait) {
+    const auto clearFourTimes = [this] {
+        for (int i = 0; i < 4; ++i) {
+            EXPECT_EQ(lcdClear(), 0);
+            EXPECT_EQ(panel_.saw(), Panel::frame(19200, kClear, {}));
+        }
+    };
+    clearFourTimes();
+    errno = 0;
+    EXPECT_EQ(readKeys(), -1);
+    EXPECT_EQ(errno, ETIMEDOUT);
+    EXPECT_EQ(left(7), replyTo(kReadKeys, {0x01, 0x20, 0x08}));
+    panel_.saw();
+
+    clearFourTimes();
+    while (unread() < 4 * static_cast<int>(replyTo(kClear).size())) poll(nullptr, 0, 1);
+    EXPECT_EQ(kvOSSerialFlush(ghCOM, 1, 0), 0);
+    EXPECT_EQ(readKeys(), 0);
 }
 
 TEST_F(LcdPacket, ASilentPanelThatHangsUpIsNoReply) {
@@ -262,7 +324,26 @@ TEST(LcdPacketWithoutALine, IsAFailureOnlyWhereAReplyIsAwaited) {
     EXPECT_EQ(send_packet(&packet, 1), -1);
     EXPECT_EQ(errno, ETIMEDOUT);
     EXPECT_EQ(send_packet(&packet, std::uint64_t{1} << 40), -1);
-    EXPECT_EQ(lcdSaveReturnPacket(&packet, 0x46), -1);
+}
+
+TEST(LcdPacketWithoutALine, HasNoRestOfAReplyAndDoesNotWaitForIt) {
+    bool isAwaited = false;
+    lineCalls().onWait = [&isAwaited](int) {
+        isAwaited = true;
+        return 0;
+    };
+    COMMAND_PACKET packet = packetOf(kClear);
+    for (const std::int64_t line : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{1} << 40}) {
+        ghCOM = line;
+        errno = 0;
+        EXPECT_EQ(lcdSaveReturnPacket(&packet, 0x46), -1) << line;
+        EXPECT_EQ(errno, EBADF) << line;
+    }
+    EXPECT_EQ(lcdSaveReturnPacket(nullptr, 0x46), -1);
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_FALSE(isAwaited);
+    EXPECT_EQ(packet.command, kClear);
+    lineCalls() = {};
 }
 
 TEST(LcdPacketRecord, HasItsFieldsInTheirOrder) {

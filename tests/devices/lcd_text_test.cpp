@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include "kvos/lcd.h"
 
@@ -81,6 +83,31 @@ TEST(LcdText, EndsWithTwentyThreeBytes) {
     for (int i = 0; i < 30; ++i) typed += R"(\065)";
     EXPECT_EQ(converted(typed), std::string(23, 'A'));
     EXPECT_EQ(converted(std::string(22, 'x') + R"(\256)"), std::string(22, 'x') + "\\");
+}
+
+/// The bytes of a text whose last character is the last byte that may be read.
+std::string convertedAtTheEndOfAPage(const std::string& typed) {
+    const auto size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    void* const mapped = mmap(nullptr, 2 * size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANON, -1, 0);
+    char* const pages = static_cast<char*>(mapped);
+    EXPECT_EQ(mprotect(pages + size, size, PROT_NONE), 0);
+    char* const text = pages + size - typed.size();
+    typed.copy(text, typed.size());
+    std::uint8_t bytes[23];
+    const std::uint32_t count = lcdConvertInputStringToArray(text, bytes);
+    munmap(mapped, 2 * size);
+    return {bytes, bytes + count};
+}
+
+TEST(LcdText, NothingIsReadBehindWhatTheBytesNeed) {
+    EXPECT_EQ(convertedAtTheEndOfAPage(std::string(23, 'x')), std::string(23, 'x'));
+    for (const char* last : {R"(\\)", R"(\092)", R"(\x5C)", R"(\b01011100)"}) {
+        EXPECT_EQ(convertedAtTheEndOfAPage(std::string(22, 'x') + last), std::string(22, 'x') + "\\") << last;
+    }
+    // A terminator within a form ends the text as well.
+    for (const char* last : {R"(\)", R"(\1)", R"(\12)", R"(\x)", R"(\x4)", R"(\b)", R"(\b0101110)"}) {
+        EXPECT_EQ(convertedAtTheEndOfAPage(last + std::string(1, '\0')), last);
+    }
 }
 
 TEST(LcdText, AZeroByteIsAByteLikeAnyOther) { EXPECT_EQ(converted(R"(a\000b)"), std::string("a\0b", 3)); }

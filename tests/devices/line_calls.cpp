@@ -1,9 +1,14 @@
 #include "devices/line_calls.h"
 
+#include <cerrno>
 #include <cstdarg>
+#include <cstring>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <linux/serial.h>
+#include <poll.h>
 #include <sys/ioctl.h>
+#include <unistd.h>
 
 namespace kvtest {
 
@@ -64,6 +69,31 @@ void noteRequest(unsigned long request, const void* argument) {
     }
 }
 
+/// Whether the request stops here; what is left goes on to the system.
+bool isTaken(unsigned long request, void* argument) {
+    const LineCalls& calls = lineCalls();
+    if (request == TIOCOUTQ && calls.unsent) {
+        *static_cast<int*>(argument) = *calls.unsent;
+        return true;
+    }
+    return (request == TIOCEXCL && calls.isShared) || (calls.hasDriver && answered(request, argument));
+}
+
+bool namesATerminal(const char* path) {
+    return std::strncmp(path, "/dev/tty", 8) == 0 || std::strstr(path, "/ttyS") != nullptr;
+}
+
+/// The file that is meant by a path; null, with errno set, for a terminal that the test does not have.
+const char* meantBy(const char* path) {
+    LineCalls& calls = lineCalls();
+    if (!calls.hasOwnDevices || !namesATerminal(path)) return path;
+    calls.opened.emplace_back(path);
+    const auto device = calls.devices.find(path);
+    if (device != calls.devices.end()) return device->second.c_str();
+    errno = ENOENT;
+    return nullptr;
+}
+
 }  // namespace
 }  // namespace kvtest
 
@@ -76,7 +106,7 @@ int ioctl(int line, unsigned long request, ...) noexcept {
     void* const argument = va_arg(arguments, void*);
     va_end(arguments);
     kvtest::noteRequest(request, argument);
-    if (kvtest::lineCalls().hasDriver && kvtest::answered(request, argument)) return 0;
+    if (kvtest::isTaken(request, argument)) return 0;
     return kvtest::systems<int (*)(int, unsigned long, ...)>("ioctl")(line, request, argument);
 }
 
@@ -103,7 +133,36 @@ int tcflush(int line, int queues) noexcept {
 int tcdrain(int line) {
     kvtest::note("drain");
     if (kvtest::lineCalls().onDrain) kvtest::lineCalls().onDrain();
+    if (kvtest::lineCalls().isDrainInterrupted) {
+        errno = EINTR;
+        return -1;
+    }
     return kvtest::systems<int (*)(int)>("tcdrain")(line);
+}
+
+int poll(struct pollfd* files, nfds_t count, int wait_ms) {
+    const kvtest::LineCalls& calls = kvtest::lineCalls();
+    if (calls.onWait && count == 1 && files->fd == calls.awaitedLine) {
+        if (const auto answer = calls.onWait(wait_ms)) return *answer;
+    }
+    return kvtest::systems<int (*)(struct pollfd*, nfds_t, int)>("poll")(files, count, wait_ms);
+}
+
+int usleep(useconds_t us) {
+    if (kvtest::lineCalls().onPause) return kvtest::lineCalls().onPause(us);
+    return kvtest::systems<int (*)(useconds_t)>("usleep")(us);
+}
+
+int open(const char* path, int flags, ...) {
+    mode_t mode = 0;
+    if ((flags & (O_CREAT | O_TMPFILE)) != 0) {
+        std::va_list arguments;
+        va_start(arguments, flags);
+        mode = va_arg(arguments, mode_t);
+        va_end(arguments);
+    }
+    const char* const meant = kvtest::meantBy(path);
+    return meant == nullptr ? -1 : kvtest::systems<int (*)(const char*, int, ...)>("open")(meant, flags, mode);
 }
 
 #pragma GCC visibility pop

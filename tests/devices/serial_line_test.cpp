@@ -3,13 +3,17 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
+#include <optional>
 #include <poll.h>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "devices/line_calls.h"
 #include "devices/pseudo_terminal.h"
 #include "kvos/serial.h"
 #include "support/captured_messages.h"
+#include "support/scratch.h"
 
 namespace {
 
@@ -92,13 +96,106 @@ TEST(SerialLine, BytesGoBothWaysAsTheyAre) {
     EXPECT_EQ(terminal.read(256), everyByte);
 
     terminal.write(everyByte);
-    std::string came;
-    while (came.size() < 256) {
-        char block[256];
-        ASSERT_EQ(kvOSSerialRead(line, block, sizeof block, &count), 1u);
-        came.append(block, count);
-    }
+    std::string came(256, '\0');
+    EXPECT_EQ(kvOSSerialRead(line, came.data(), came.size(), &count), 1u);
+    EXPECT_EQ(count, 256u);
     EXPECT_EQ(came, everyByte);
+    kvOSSerialClose(line);
+}
+
+/// A read of three bytes of which one is there; what becomes of the others is decided at each wait for one.
+class SerialRead : public ::testing::Test {
+protected:
+    SerialRead() : line_(openLine(terminal_)) {
+        terminal_.write("a");
+        awaitInput(line_);
+        lineCalls().awaitedLine = descriptorOf(line_);
+    }
+    ~SerialRead() override {
+        lineCalls() = {};
+        kvOSSerialClose(line_);
+    }
+
+    template <class OnWait>
+    std::string read(const OnWait& onWait) {
+        lineCalls().onWait = [this, &onWait](int wait_ms) {
+            waits_.push_back(wait_ms);
+            return onWait();
+        };
+        std::string bytes(3, '#');
+        std::uint64_t count = kUntouched;
+        EXPECT_EQ(kvOSSerialRead(line_, bytes.data(), bytes.size(), &count), 1u);
+        EXPECT_LE(count, 3u);
+        EXPECT_EQ(bytes.substr(count), std::string(3 - count, '#'));
+        return bytes.substr(0, count);
+    }
+
+    PseudoTerminal terminal_;
+    std::int64_t line_;
+    std::vector<int> waits_;
+};
+
+TEST_F(SerialRead, GoesOnUntilTheCountIsMet) {
+    const std::string bytes = read([this]() -> std::optional<int> {
+        terminal_.write(waits_.size() == 1 ? "b" : "cd");
+        return std::nullopt;
+    });
+    EXPECT_EQ(bytes, "abc");
+    EXPECT_EQ(waits_.size(), 2u);
+    EXPECT_EQ(unreadBytes(line_), 1);
+}
+
+TEST_F(SerialRead, GivesEachFurtherByteASecond) {
+    read([this]() -> std::optional<int> {
+        terminal_.write("x");
+        return std::nullopt;
+    });
+    EXPECT_EQ(waits_.size(), 2u);
+    for (const int wait_ms : waits_) {
+        EXPECT_LE(wait_ms, 1000);
+        EXPECT_GT(wait_ms, 100);  // what is left of the second once the system is asked
+    }
+}
+
+TEST_F(SerialRead, EndsWithTheBytesAheadOfASilence) {
+    EXPECT_EQ(read([] { return std::optional(0); }), "a");
+    EXPECT_EQ(waits_.size(), 1u);
+}
+
+TEST_F(SerialRead, EndsWithTheBytesAheadOfASignal) {
+    const std::string bytes = read([] {
+        errno = EINTR;
+        return std::optional(-1);
+    });
+    EXPECT_EQ(bytes, "a");
+    EXPECT_EQ(waits_.size(), 1u);
+}
+
+TEST_F(SerialRead, EndsWithTheBytesAheadOfTheEndOfTheLine) {
+    const std::string bytes = read([this]() -> std::optional<int> {
+        terminal_.hangUp();
+        return std::nullopt;
+    });
+    EXPECT_EQ(bytes, "a");
+    EXPECT_EQ(waits_.size(), 1u);
+}
+
+TEST_F(SerialRead, WaitsForNothingBehindItsLastByte) {
+    terminal_.write("bc");
+    while (unreadBytes(line_) < 3) poll(nullptr, 0, 1);
+    EXPECT_EQ(read([] { return std::optional(0); }), "abc");
+    EXPECT_TRUE(waits_.empty());
+}
+
+TEST(SerialLine, AFileThatIsNoLineIsReadToItsEnd) {
+    const ScratchFolder scratch;
+    makeFile(scratch / "file", "ab");
+    const std::int64_t line = kvOSSerialOpenString((scratch / "file").c_str());
+    char block[8];
+    std::uint64_t count = 0;
+    EXPECT_EQ(kvOSSerialRead(line, block, sizeof block, &count), 1u);
+    EXPECT_EQ(std::string(block, count), "ab");
+    EXPECT_EQ(kvOSSerialRead(line, block, sizeof block, &count), 0u);
     kvOSSerialClose(line);
 }
 

@@ -4,8 +4,10 @@
 #include <filesystem>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
+#include "devices/line_calls.h"
 #include "devices/own_devices.h"
 #include "devices/pseudo_terminal.h"
 #include "kvos/attributes.h"
@@ -32,6 +34,7 @@ protected:
     void SetUp() override {
         if (fs::exists("/Library/Application Support")) GTEST_SKIP() << "this machine has settings for all its users";
         directory_ = std::string(std::getenv("HOME")) + "/Library/Application Support/Korvane/";
+        fs::remove_all(directory_);  // or a file would be written through the link of a test before
         fs::create_directories(directory_);
     }
 
@@ -56,7 +59,19 @@ protected:
             if (fs::exists(device)) GTEST_SKIP() << "this machine has " << device;
         }
     }
-    ~NamedDevices() override { gvecNames.clear(); }
+    ~NamedDevices() override {
+        gvecNames.clear();
+        lineCalls() = {};
+    }
+
+    /// The names that a port asks the system for, none of which is there.
+    static std::vector<std::string> openedBy(std::uint32_t port) {
+        lineCalls().hasOwnDevices = true;
+        lineCalls().opened.clear();
+        EXPECT_EQ(kvOSSerialOpen(port), 0);
+        EXPECT_EQ(errno, ENOENT);
+        return lineCalls().opened;
+    }
 };
 
 /// With a "/dev" of the test's own.
@@ -144,6 +159,49 @@ TEST_F(NamedDevices, WithoutADirectoryThereAreNoLinksAndNoMessages) {
     CapturedMessages messages;
     EXPECT_EQ(kvOSSerialSetupSystem(1), 0u);
     EXPECT_EQ(messages.text(), "");
+    EXPECT_TRUE(targets().empty());
+    EXPECT_FALSE(fs::exists(std::string(std::getenv("HOME")) + "/Library"));
+}
+
+TEST_F(NamedDevices, ADeviceKeepsItsNumberWhereItsLinkCanNotBeMade) {
+    fs::create_directories(link(0) + "/kept");
+    gvecNames = {"/dev/ttyUSB1", "/dev/ttyUSB5"};
+    EXPECT_EQ(kvOSSerialSetupSystem(1), 0u);
+    EXPECT_TRUE(fs::is_directory(fs::symlink_status(link(0))));
+    EXPECT_EQ(fs::read_symlink(link(1)), "/dev/ttyUSB5");
+    EXPECT_FALSE(fs::is_symlink(link(2)));
+}
+
+TEST_F(NamedDevices, PortsOpenTheirLinkOrElseTheDeviceOfTheirNumber) {
+    const std::string last = link(9);
+    const std::vector<std::string> all = devicesInOrder();
+    for (const std::string& device : all) gvecNames.push_back(device.c_str());
+    gvecNames.push_back(last.c_str());
+    EXPECT_EQ(openedBy(10), std::vector<std::string>{last});
+    EXPECT_EQ(openedBy(9), std::vector<std::string>{"/dev/ttyS8"});    // its link's device is gone
+    EXPECT_EQ(openedBy(11), std::vector<std::string>{"/dev/ttyS10"});  // meant: ten links and no more
+    EXPECT_EQ(openedBy(100), std::vector<std::string>{"/dev/ttyS99"});
+    EXPECT_EQ(targets(), std::vector<std::string>(all.begin(), all.begin() + 10));
+}
+
+TEST_F(NamedDevices, PortZeroAsksForTheDecksOwnLinesFirst) {
+    const std::string first = link(0);
+    gvecNames = {"/dev/ttyUSB0", first.c_str()};
+    EXPECT_EQ(openedBy(0), std::vector<std::string>{"/dev/ttyS0"});  // and for no link
+    gvecNames.push_back("/dev/tty.RS422 Deck Control");
+    EXPECT_EQ(openedBy(0), std::vector<std::string>{"/dev/tty.RS422 Deck Control"});
+    gvecNames.push_back("/dev/tty.Kona Serial");
+    EXPECT_EQ(openedBy(0), std::vector<std::string>{"/dev/tty.Kona Serial"});
+}
+
+TEST_F(NamedDevices, PortElevenIsTheLineOfItsDevice) {
+    const PseudoTerminal eleventh;
+    lineCalls().hasOwnDevices = true;
+    lineCalls().devices = {{"/dev/ttyS10", eleventh.device()}};
+    const std::int64_t line = kvOSSerialOpen(11);
+    ASSERT_GT(line, 0);
+    EXPECT_EQ(std::string(ttyname(static_cast<int>(line - 1))), eleventh.device());
+    kvOSSerialClose(line);
 }
 
 TEST_F(SerialLinks, PortsThatAreNotThereGive0InSilence) {

@@ -217,6 +217,8 @@ TEST(KeyedText, RefusedInputTellsThatThereIsNoResult) {
     EXPECT_TRUE(isTold());
     EXPECT_EQ(kvXCDEcode(nullptr, 1, nullptr, 4, &out, &length), 0u);
     EXPECT_TRUE(isTold());
+    EXPECT_EQ(kvXCDEcode(nullptr, 1, "aw==", std::uint64_t{2} << 30, &out, &length), 0u);  // unread
+    EXPECT_TRUE(isTold());
     EXPECT_EQ(xor_encrypt(nullptr, 1, "a", 1, nullptr, 0, nullptr, &length), 0u);
     EXPECT_EQ(xor_decrypt(nullptr, 1, "a", 1, nullptr, nullptr), 0u);
 }

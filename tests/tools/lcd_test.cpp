@@ -49,6 +49,12 @@ TEST_F(Lcd, ShowsTextRowByRow) {
     expectSeen(0x1F, {3, 1, 'A', 'B', 'C'});
 }
 
+TEST_F(Lcd, ShowsTextInTheLastRow) {
+    EXPECT_EQ(run({"--row", "254", "--text", "a", "--text", "b"}).exit, 0);
+    expectSeen(0x1F, {0, 254, 'a'});
+    expectSeen(0x1F, {0, 255, 'b'});
+}
+
 TEST_F(Lcd, LightsLedsAndStoresThem) {
     EXPECT_EQ(run({"--led", "0:100:0", "--led", "5:0:255", "--boot"}).exit, 0);
     expectSeen(0x22, {12, 100});
@@ -116,6 +122,9 @@ TEST(LcdArguments, MistakesAreToldBeforeTheLineIsOpened) {
     }
     EXPECT_EQ(runKv({"lcd", "1", "--keys", "--wait", "0"}).err,
               "kv: keys can't be read without waiting for the panel\n");
+    const Outcome rows = runKv({"lcd", "1", "--row", "254", "--text", "a", "--text", "b", "--text", "c"});
+    EXPECT_EQ(rows.exit, 2);
+    EXPECT_EQ(rows.err, "kv: 3 texts from row 254 run beyond row 255, the last that a panel can have\n");
     EXPECT_EQ(runKv({"lcd", "1", "--speed", "9600"}).exit, 2);
     EXPECT_EQ(runKv({"lcd"}).exit, 2);
 }

@@ -24,12 +24,12 @@ using Declare = void(CLI::App& app, Chosen& chosen);
 
 Declare declareAudio, declareCat, declareCfg, declareCp, declareCut, declareEvent, declareEvents, declareFourcc,
     declareLcd, declareLog, declareLs, declareM3u8, declareMkdir, declareMv, declarePut, declareRest, declareRm,
-    declareSeq, declareSerial, declareSplit, declareStat, declareVerify;
+    declareSeq, declareSerial, declareSplit, declareStat, declareSys, declareVerify;
 
 /// In the order in which help lists them.
 inline constexpr std::array kCommands{
     declareCat,   declarePut,    declareCp,    declareMv,     declareCut,    declareVerify, declareStat, declareLs,
     declareRm,    declareMkdir,  declareSplit, declareSeq,    declareAudio,  declareM3u8,   declareCfg,  declareLog,
-    declareEvent, declareEvents, declareRest,  declareFourcc, declareSerial, declareLcd};
+    declareEvent, declareEvents, declareRest,  declareFourcc, declareSerial, declareLcd,    declareSys};
 
 }  // namespace kv::tool

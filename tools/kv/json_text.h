@@ -11,4 +11,7 @@ namespace kv::tool {
 /// names are.
 std::string jsonText(const nlohmann::ordered_json& document);
 
+/// The same on one line.
+std::string jsonLine(const nlohmann::ordered_json& document);
+
 }  // namespace kv::tool

@@ -35,7 +35,8 @@ constexpr std::uint32_t kSlow = 19200;
 constexpr std::uint32_t kFast = 115200;
 constexpr int kQuestions = 3;
 constexpr std::uint32_t kLeds = 6;
-constexpr int kTriesOfAReply = 4;  // each of which an interruption ends
+constexpr int kTriesOfAReply = 4;        // each of which an interruption ends
+constexpr std::uint32_t kLastRow = 255;  // that a command can name
 
 struct Request {
     std::string port;
@@ -91,6 +92,10 @@ std::optional<std::vector<std::uint8_t>> bytesOf(const std::string& text) {
 std::optional<std::string> mistakeIn(const Request& request) {
     for (const std::string& text : request.text) {
         if (!bytesOf(text)) return "'" + text + "' is too long: a row of text has at most 20 bytes";
+    }
+    if (request.row + request.text.size() > kLastRow + 1) {
+        return std::to_string(request.text.size()) + " texts from row " + std::to_string(request.row) +
+               " run beyond row " + std::to_string(kLastRow) + ", the last that a panel can have";
     }
     for (const std::string& led : request.leds) {
         if (!ledOf(led))
