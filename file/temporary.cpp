@@ -39,7 +39,12 @@ std::uint32_t kvOSGetTempPath(std::uint32_t, char* pBuffer) {
 
 std::uint32_t kvOSGetTempFileName(const char*, const char*, std::uint32_t, char* pBuffer) {
     if (pBuffer == nullptr) return file::refuseNull(0u);
+        // Deprecated on some systems: the name may be another's by the time it is used. Here no file is made, as
+        // promised.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
     if (std::tmpnam(pBuffer) == nullptr) pBuffer[0] = '\0';
+#pragma GCC diagnostic pop
     return file::lengthOf(pBuffer);
 }
 

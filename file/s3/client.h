@@ -4,6 +4,7 @@
 // makeClient without being noticed. A client may be used by several threads at once.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -22,11 +23,18 @@ struct Credentials {
     std::string sessionToken;
 };
 
+/// After how long a transfer that moves nothing is given up.
+struct Patience {
+    std::chrono::seconds usual{30};
+    std::chrono::seconds joining{600};  // the copy of a part and the completion of an upload, which stores work on
+};
+
 struct ClientConfiguration {
     std::string region = "us-east-1";
     std::string endpointOverride;  // host, or host:port; empty: the provider's own endpoint of the region
     bool useHttps = true;
     bool verifySsl = true;
+    Patience patience = {};
 };
 
 /// What a refused or failed request left: the service's error code, or a name of our own where no answer came.

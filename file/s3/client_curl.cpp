@@ -32,6 +32,7 @@ struct Operation {
     std::span<const std::byte> body = {};
     BodySink* sink = nullptr;
     const std::atomic<bool>* abandon = nullptr;
+    bool isJoining = false;  // the store may be busy for minutes before it answers
 };
 
 HttpAnswer refused(std::string_view name, std::string message) {
@@ -73,6 +74,7 @@ public:
           region_(configuration.region.empty() ? "us-east-1" : configuration.region),
           endpoint_(configuration),
           verifyTls_(configuration.verifySsl),
+          patience_(configuration.patience),
           signPayloads_(signPayloads),
           virtualAddressing_(virtualAddressing) {}
 
@@ -99,6 +101,7 @@ private:
     const std::string region_;
     const Endpoint endpoint_;
     const bool verifyTls_;
+    const Patience patience_;
     const bool signPayloads_;
     std::atomic<bool> virtualAddressing_;  // turned off when the host of a bucket has no address
     Connections connections_;
@@ -137,7 +140,8 @@ HttpAnswer CurlClient::at(const Place& place, const Operation& operation) {
                              .body = operation.body,
                              .verifyTls = verifyTls_,
                              .sink = operation.sink,
-                             .abandon = operation.abandon});
+                             .abandon = operation.abandon,
+                             .longestSilence = operation.isJoining ? patience_.joining : patience_.usual});
 }
 
 Answer<BucketLocation> CurlClient::getBucketLocation(const GetBucketLocationRequest& request) {
@@ -168,11 +172,14 @@ Answer<ObjectBody> CurlClient::fetch(const GetObjectRequest& request, const std:
 void CurlClient::getObjectAsync(GetObjectRequest request, GetObjectHandler handler,
                                 std::shared_ptr<const AsyncCallerContext> context) {
     const int error = border::atBorder(ENOMEM, [&] {
-        return startDetached([self = shared_from_this(), request, handler, context]() noexcept {
+        return startDetached([self = shared_from_this(), request, handler, context]() mutable noexcept {
             const auto outcome = border::atBorder(Answer<ObjectBody>(Error{"OutOfMemory", "No memory", 0}), [&] {
                 return static_cast<CurlClient&>(*self).fetch(request, &isProcessEnding());
             });
-            yieldToTheEnd();
+            if (isProcessEnding()) {
+                context.reset();  // a reader that waits for it may be what ends the process
+                yieldToTheEnd();
+            }
             border::atBorder(0, [&] {
                 handler(*self, request, outcome, context);
                 return 0;
@@ -243,7 +250,8 @@ Answer<CopiedPart> CurlClient::uploadPartCopy(const UploadPartCopyRequest& reque
                   .bucket = request.bucket,
                   .key = request.key,
                   .query = {{"partNumber", std::to_string(request.partNumber)}, {"uploadId", request.uploadId}},
-                  .headers = {{"x-amz-copy-source", percentEncodedPath(request.copySource)}}});
+                  .headers = {{"x-amz-copy-source", percentEncodedPath(request.copySource)}},
+                  .isJoining = true});
     return outcomeOf<CopiedPart>(http, [](const HttpAnswer& answer) { return copiedPartIn(answer.body); });
 }
 
@@ -254,7 +262,8 @@ Answer<CompletedUpload> CurlClient::completeMultipartUpload(const CompleteMultip
                                       .key = request.key,
                                       .query = {{"uploadId", request.uploadId}},
                                       .headers = typeHeader("application/xml"),
-                                      .body = std::as_bytes(std::span(body))});
+                                      .body = std::as_bytes(std::span(body)),
+                                      .isJoining = true});
     return outcomeOf<CompletedUpload>(http, [](const HttpAnswer& answer) { return completedUploadIn(answer.body); });
 }
 

@@ -1,5 +1,6 @@
 #include "file/s3/executor.h"
 
+#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
@@ -23,9 +24,12 @@ struct InFlight {
     std::size_t count = 0;
     std::atomic<bool> ending = false;
 
-    void enter() {
+    /// False once the process ends.
+    bool enter() {
         const std::lock_guard locked(lock);
+        if (ending) return false;
         ++count;
+        return true;
     }
     void leave() {
         const std::lock_guard locked(lock);
@@ -47,10 +51,9 @@ public:
         // A child of a fork has the count, but none of the threads.
         if (getpid() != process_) return;
         InFlight& jobs = inFlight();
-        jobs.ending = true;
         std::unique_lock locked(jobs.lock);
+        jobs.ending = true;
         jobs.changed.wait_for(locked, kLongestWait, [&] { return jobs.count == 0; });
-        jobs.ending = false;  // for a host that reads on while it ends
     }
     EndOfProcess(const EndOfProcess&) = delete;
     EndOfProcess& operator=(const EndOfProcess&) = delete;
@@ -101,7 +104,7 @@ int createThread(void* job) {
 int startDetached(std::function<void()> job) {
     static const EndOfProcess endOfProcess;
     auto owned = std::make_unique<Job>(std::move(job));
-    inFlight().enter();
+    if (!inFlight().enter()) return ECANCELED;
     const int error = createThread(owned.get());
     if (error == 0) {
         static_cast<void>(owned.release());

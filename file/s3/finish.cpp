@@ -1,7 +1,8 @@
 // The close of a written S3 object: one upload that has the store copy the parts into the object, which are then
 // deleted. No data moves through this machine, unless parts do not have the length that their place asks for.
 //
-// Failures are told and passed over. Meant: the parts go also when the object could not be made.
+// Failures are told and passed over. Meant: the parts go also when the object could not be made. But where a part can't
+// get its length, no object is made and the parts stay: what stands behind it would come to a wrong place.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -17,6 +18,8 @@
 namespace kv::file::s3 {
 namespace {
 
+constexpr int kAttempts = 3;  // to give a part its length
+
 void emptyBlock(kvOSFileHandle& file) {
     file.dwBlockUsed = 0;
     file.dwBlockIndex = static_cast<std::uint32_t>(partAt(file.qwPos));
@@ -29,31 +32,57 @@ void storeRest(kvOSFileHandle& file) {
     emptyBlock(file);
 }
 
-/// Loads a part, makes it as long as this, with zeros where nothing was written, and stores it.
-void resize(kvOSFileHandle& file, std::uint32_t part, std::uint32_t length) {
-    if (!loadPart(file, part)) return;
+/// Loads a part, makes it as long as this, with zeros where nothing was written or what was written is cut off, and
+/// stores it.
+bool resize(kvOSFileHandle& file, std::uint32_t part, std::uint32_t length) {
+    if (!ensureBlock(file)) return false;
+    if (storedBytes(file, part) == 0) {
+        beginPart(file, part);
+    } else if (!loadPart(file, part)) {
+        return false;
+    }
     if (file.dwBlockUsed < length) {
         kvOSZeroMemory(static_cast<std::byte*>(file.pBlock) + file.dwBlockUsed, length - file.dwBlockUsed);
     }
     file.dwBlockUsed = length;
     file.dwBlockDirty = 1;
-    storeBlock(file);
+    return storeBlock(file);
 }
 
-/// Parts are joined without regard to where they belong. One with a part behind it therefore has to be full, and the
-/// last must not pass an end that was cut. Where whole parts are missing nothing can stand at its place anyway.
-void settleLengths(kvOSFileHandle& file) {
-    const auto& stored = file.pObject->storedParts;
-    const std::uint64_t count = partCount(file.qwSize);
-    const bool isWhole = std::ranges::count_if(stored, [&](const auto& part) { return part.first < count; }) ==
-                         static_cast<std::ptrdiff_t>(count);
-    const std::vector<std::pair<std::uint32_t, std::uint32_t>> lengths(stored.begin(), stored.end());
-    for (const auto& [part, length] : lengths) {
-        if (part >= count) break;
-        const auto room = static_cast<std::uint32_t>(bytesAheadOfEnd(file, part));
-        const bool isShort = isWhole && part + 1 < count && length < room;
-        if (isShort || length > room) resize(file, part, room);
+bool resizeStubbornly(kvOSFileHandle& file, std::uint32_t part, std::uint32_t length) {
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        if (resize(file, part, length)) return true;
     }
+    // Nothing is left to store: the block is that of a part which stays as it is.
+    beginPart(file, part);
+    return false;
+}
+
+/// How many of the first `count` parts were stored without a gap. None behind a gap comes into the object.
+std::uint64_t storedWithoutGap(const Object& object, std::uint64_t count) {
+    std::uint64_t without = 0;
+    for (const auto& [part, stored] : object.storedParts) {
+        if (part != without || without == count) break;
+        ++without;
+    }
+    return without;
+}
+
+/// Parts are joined without regard to where they belong. One with a part behind it therefore has to be full, and none
+/// may hold bytes that were cut off. False for a part that could not be made so.
+bool settleLengths(kvOSFileHandle& file) {
+    Object& object = *file.pObject;
+    const std::uint64_t count = partCount(file.qwSize);
+    const std::uint64_t joined = storedWithoutGap(object, count);
+    for (std::uint32_t part = 0; part < joined; ++part) {
+        const StoredPart stored = object.storedParts[part];
+        const auto room = static_cast<std::uint32_t>(bytesAheadOfEnd(file, part));
+        // The last one of an object that was there before the open may be shorter than that was: it then is the end.
+        const bool hasToBeFull = part + 1 < joined || (joined == count && object.wasCut);
+        const bool isShort = hasToBeFull && stored.valid < room;
+        if ((isShort || stored.bytes > stored.valid) && !resizeStubbornly(file, part, room)) return false;
+    }
+    return true;
 }
 
 void beginUpload(Object& object) {
@@ -148,15 +177,17 @@ std::vector<ListedObject> copyParts(kvOSFileHandle& file, const PartNames& names
     return found;
 }
 
+void tellNotCompleted(const Error& error) {
+    ErrOut("\nAws::HeadObject exception/error    FOUR: %s %s\n", error.exceptionName.c_str(), error.message.c_str());
+}
+
 void complete(Object& object) {
     if (object.completedParts.empty()) return;
     const auto completed = object.client->completeMultipartUpload({.bucket = bareBucket(object.bucket),
                                                                    .key = object.key,
                                                                    .uploadId = object.uploadId,
                                                                    .parts = object.completedParts});
-    if (completed.isSuccess()) return;
-    ErrOut("\nAws::HeadObject exception/error    FOUR: %s %s\n", completed.error().exceptionName.c_str(),
-           completed.error().message.c_str());
+    if (!completed.isSuccess()) tellNotCompleted(completed.error());
 }
 
 bool deleteListed(Object& object, const std::string& key) {
@@ -190,11 +221,15 @@ void deletePart(Object& object, const std::string& key) {
 
 void finishObject(kvOSFileHandle& file) {
     Object& object = *file.pObject;
+    forgetCutBytes(file);
     storeRest(file);
     if (object.key.empty() || !object.partPrefix) return;
     const auto names = partNames(object);
     if (!names) return;
-    settleLengths(file);
+    if (!settleLengths(file)) {
+        tellNotCompleted({"IncompletePart", "The parts below " + *object.partPrefix + " stay as they are", 0});
+        return;
+    }
     beginUpload(object);
     const std::vector<ListedObject> found = copyParts(file, *names);
     complete(object);

@@ -17,7 +17,6 @@ namespace kv::file::s3 {
 namespace {
 
 constexpr long kConnectSeconds = 10;
-constexpr long kSilentSeconds = 30;  // after which a transfer that moves nothing is given up
 constexpr long kReadBytes = 256 * 1024;
 constexpr long kWriteBytes = 1024 * 1024;
 constexpr std::size_t kMostIdle = 8;
@@ -138,7 +137,6 @@ void setUp(CURL* transfer) {
     set(transfer, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     set(transfer, CURLOPT_CONNECTTIMEOUT, kConnectSeconds);
     set(transfer, CURLOPT_LOW_SPEED_LIMIT, 1L);
-    set(transfer, CURLOPT_LOW_SPEED_TIME, kSilentSeconds);
     set(transfer, CURLOPT_TCP_KEEPALIVE, 1L);
     set(transfer, CURLOPT_MAXCONNECTS, 2L);
     set(transfer, CURLOPT_BUFFERSIZE, kReadBytes);
@@ -167,6 +165,7 @@ void setMethod(CURL* transfer, const Exchange& exchange) {
 
 void setExchange(CURL* transfer, Run& run, const Headers& headers) {
     setMethod(transfer, run.exchange);
+    set(transfer, CURLOPT_LOW_SPEED_TIME, static_cast<long>(run.exchange.longestSilence.count()));
     set(transfer, CURLOPT_URL, run.exchange.url.c_str());
     set(transfer, CURLOPT_HTTPHEADER, headers.get());
     set(transfer, CURLOPT_SSL_VERIFYPEER, run.exchange.verifyTls ? 1L : 0L);

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <curl/curl.h>
@@ -51,6 +52,7 @@ struct Exchange {
     bool verifyTls = true;
     BodySink* sink = nullptr;                    // null: the body goes into the answer
     const std::atomic<bool>* abandon = nullptr;  // ends the exchange when it becomes true
+    std::chrono::seconds longestSilence{30};     // after which an exchange that moves nothing is given up
 };
 
 struct HttpAnswer {

@@ -14,6 +14,12 @@ namespace kv::file::s3 {
 
 class BlockList;  // the read-ahead blocks (blocks.h)
 
+/// What the store holds of a part. Where the file was cut since, fewer of the bytes belong to it than are there.
+struct StoredPart {
+    std::uint32_t bytes = 0;
+    std::uint32_t valid = 0;
+};
+
 struct Object {
     Credentials credentials;
     ClientConfiguration clientConfig;
@@ -24,8 +30,9 @@ struct Object {
     std::optional<std::string> partPrefix;  // key prefix of the part objects; made with the first part's name
     std::string uploadId;
     std::vector<CompletedPart> completedParts;
-    std::map<std::uint32_t, std::uint32_t> storedParts;  // the part objects of this handle: index to bytes
-    std::optional<std::uint32_t> partInBlock;            // the stored part whose bytes the write block holds
+    std::map<std::uint32_t, StoredPart> storedParts;  // the part objects of this handle, by index
+    std::optional<std::uint32_t> partInBlock;         // the stored part whose bytes the write block holds
+    bool wasCut = false;                              // bytes that were written were cut off
     std::shared_ptr<BlockList> cache;
     std::uint32_t cacheHits = 0;
     std::uint32_t cacheMisses = 0;

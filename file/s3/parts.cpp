@@ -11,6 +11,7 @@
 #include <memory>
 #include <utility>
 
+#include "border/guard.h"
 #include "errlog.h"
 #include "file/s3/object.h"
 #include "kvos/memory.h"
@@ -30,18 +31,20 @@ const Error& keyTooLong() {
 }
 
 bool tellNotStored(const Error& error) {
+    const border::KeepErrno keep;
     ErrOut("Aws::GetObject exception/error: %s %s\n", error.exceptionName.c_str(), error.message.c_str());
     return false;
 }
 
 bool tellNotLoaded(const Error& error) {
+    const border::KeepErrno keep;
     ErrOut("Aws::Error exception: %s \n", error.exceptionName.c_str());
     ErrOut("Aws::Error message: %s \n", error.message.c_str());
     return false;
 }
 
 void markStored(kvOSFileHandle& file, std::uint32_t bytes) {
-    file.pObject->storedParts[file.dwBlockIndex] = bytes;
+    file.pObject->storedParts[file.dwBlockIndex] = {bytes, bytes};
     file.pObject->partInBlock = file.dwBlockIndex;
     file.dwBlockDirty = 0;
     file.dwBlockUsed = 0;
@@ -51,7 +54,8 @@ void takeLoaded(kvOSFileHandle& file, OwnedBlock block, std::uint32_t part, std:
     KVFree(file.pBlock);
     file.pBlock = block.release();
     file.dwBlockIndex = part;
-    file.dwBlockUsed = static_cast<std::uint32_t>(std::min(bytes, bytesAheadOfEnd(file, part)));
+    const std::uint64_t valid = file.pObject->storedParts.contains(part) ? storedBytes(file, part) : bytes;
+    file.dwBlockUsed = static_cast<std::uint32_t>(std::min({bytes, valid, bytesAheadOfEnd(file, part)}));
     file.dwBlockDirty = 0;
     file.pObject->partInBlock = part;
 }
@@ -61,6 +65,33 @@ void takeLoaded(kvOSFileHandle& file, OwnedBlock block, std::uint32_t part, std:
 std::uint64_t bytesAheadOfEnd(const kvOSFileHandle& file, std::uint64_t part) {
     const std::uint64_t start = part * kBlockSize;
     return file.qwSize <= start ? 0 : std::min<std::uint64_t>(file.qwSize - start, kBlockSize);
+}
+
+void forgetCutBytes(kvOSFileHandle& file) {
+    Object& object = *file.pObject;
+    if (const std::uint64_t ahead = bytesAheadOfEnd(file, file.dwBlockIndex); file.dwBlockUsed > ahead) {
+        file.dwBlockUsed = static_cast<std::uint32_t>(ahead);
+        object.wasCut = true;
+    }
+    const auto first = object.storedParts.lower_bound(static_cast<std::uint32_t>(partAt(file.qwSize)));
+    for (auto stored = first; stored != object.storedParts.end(); ++stored) {
+        const auto ahead = static_cast<std::uint32_t>(bytesAheadOfEnd(file, stored->first));
+        if (stored->second.valid <= ahead) continue;
+        stored->second.valid = ahead;
+        object.wasCut = true;
+    }
+}
+
+std::uint32_t storedBytes(const kvOSFileHandle& file, std::uint32_t part) {
+    const auto& stored = file.pObject->storedParts;
+    const auto found = stored.find(part);
+    return found == stored.end() ? 0 : found->second.valid;
+}
+
+void beginPart(kvOSFileHandle& file, std::uint32_t part) {
+    file.dwBlockIndex = part;
+    file.dwBlockUsed = 0;
+    file.pObject->partInBlock.reset();
 }
 
 bool ensureBlock(kvOSFileHandle& file) {
@@ -100,7 +131,10 @@ bool loadPart(kvOSFileHandle& file, std::uint64_t part) {
     if (!key) return tellNotLoaded(keyTooLong());
     // Into a block of its own, so that a body that breaks off leaves the old one as it was.
     OwnedBlock block(KVAlloc(kBlockSize));
-    if (!block) return tellNotLoaded({"OutOfMemory", std::strerror(ENOMEM), 0});
+    if (!block) {
+        errno = ENOMEM;
+        return tellNotLoaded({"OutOfMemory", std::strerror(ENOMEM), 0});
+    }
     const auto loaded = object.client->getObject({.bucket = bareBucket(object.bucket),
                                                   .key = *key,
                                                   .range = {},
@@ -108,6 +142,10 @@ bool loadPart(kvOSFileHandle& file, std::uint64_t part) {
     if (!loaded.isSuccess()) return tellNotLoaded(loaded.error());
     const ObjectBody& body = loaded.result();
     const auto bytes = std::min({body.contentLength, body.received, std::uint64_t{kBlockSize}});
+    if (bytes < storedBytes(file, static_cast<std::uint32_t>(part))) {
+        errno = EBADMSG;
+        return tellNotLoaded({"IncompleteBody", "The part is shorter than it was stored", 0});
+    }
     takeLoaded(file, std::move(block), static_cast<std::uint32_t>(part), bytes);
     return true;
 }

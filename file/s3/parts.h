@@ -1,7 +1,8 @@
 // The part objects that a written file consists of until its close: names, storing, loading.
 //
 // A part is as large as the write block. Which parts were stored, and how many bytes of them, stands in
-// Object::storedParts, since the store is never asked for that.
+// Object::storedParts, since the store is never asked for that. A cut of the file changes its size alone: what it
+// leaves behind in the block and in the store has to be forgotten before the size can grow again.
 #pragma once
 
 #include <cstdint>
@@ -22,6 +23,13 @@ inline std::uint64_t partCount(std::uint64_t size) { return size / kBlockSize + 
 
 /// Bytes of a part that lie ahead of the file's end.
 std::uint64_t bytesAheadOfEnd(const kvOSFileHandle& file, std::uint64_t part);
+
+/// Takes what lies behind the file's end for cut off, in the block and in the stored parts, so that it never comes
+/// back.
+void forgetCutBytes(kvOSFileHandle& file);
+
+/// How many bytes of a stored part belong to the file; 0 for one that was not stored.
+std::uint32_t storedBytes(const kvOSFileHandle& file, std::uint32_t part);
 
 /// The names that the parts of an object are made of.
 struct PartNames {
@@ -44,8 +52,11 @@ bool ensureBlock(kvOSFileHandle& file);
 /// Stores the block's unsaved bytes; false when the store refused them, and the block stays as it is.
 bool storeBlock(kvOSFileHandle& file);
 
-/// Loads a part into the block; false when it can't be had, and the block stays as it is.
+/// Loads a part into the block; false, with errno, when it can't be had whole, and the block stays as it is.
 bool loadPart(kvOSFileHandle& file, std::uint64_t part);
+
+/// Makes the block that of a part without any bytes.
+void beginPart(kvOSFileHandle& file, std::uint32_t part);
 
 /// Stores what the block holds and loads the part at a position, if that is another one.
 bool changePart(kvOSFileHandle& file, std::uint64_t position);

@@ -83,12 +83,13 @@ void evictSurplus(Object& object) {
 
 bool readThroughRequest(kvOSFileHandle& file, void* destination, std::uint32_t bytes, std::uint32_t* bytesRead) {
     const auto size = std::max<std::uint64_t>(bytes + kBeyondWanted, border::relaxedLoad(gdwS3DefaultCacheSize));
-    if (const BlockPointer block = requestBlock(file, file.qwPos, size)) {
-        file.pObject->cache->waitFor(*block);
-        if (block->hasFailed()) errno = EIO;
-    }
+    const BlockPointer block = requestBlock(file, file.qwPos, size);
+    if (block) file.pObject->cache->waitFor(*block);
     evictSurplus(*file.pObject);
-    return readFromCache(file, destination, bytes, bytesRead);
+    if (readFromCache(file, destination, bytes, bytesRead)) return true;
+    // Also where the block came well: another one that failed meanwhile may have taken it away.
+    if (block) errno = EIO;
+    return false;
 }
 
 /// The pause lets the client begin; it ends early with the block, as then nothing is left to begin.

@@ -1,7 +1,8 @@
 // Writing into an S3 object: into the write block, which is stored as a part object when it is full or left.
 //
 // A part that was stored is loaded before less than the whole of it is written anew, whichever way the position came
-// to it: what is stored stays. Bytes that nobody wrote are zeros.
+// to it: what is stored stays, and where it can't be loaded the write fails. Bytes that nobody wrote are zeros, and so
+// are those that were cut off.
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
@@ -32,37 +33,30 @@ bool blockFor(kvOSFileHandle& file) {
 
 /// Whether writing the next bytes into an empty block would drop stored ones when the block is stored.
 bool wouldLose(const kvOSFileHandle& file, std::uint32_t part, std::uint64_t offset, std::uint64_t left) {
-    const auto stored = file.pObject->storedParts.find(part);
-    if (stored == file.pObject->storedParts.end()) return false;
-    return offset != 0 || left < std::min<std::uint64_t>(stored->second, bytesAheadOfEnd(file, part));
+    const std::uint32_t stored = storedBytes(file, part);
+    return stored != 0 && (offset != 0 || left < stored);
 }
 
 /// The block is this part's already. One that was stored is empty since, though its memory may still hold the bytes.
-void takeUpAgain(kvOSFileHandle& file, std::uint32_t part, std::uint64_t offset, std::uint64_t left) {
-    if (file.dwBlockUsed != 0 || !wouldLose(file, part, offset, left)) return;
-    Object& object = *file.pObject;
-    if (object.partInBlock != part) {
-        loadPart(file, part);
-        return;
-    }
-    const std::uint64_t held = std::min<std::uint64_t>(object.storedParts[part], bytesAheadOfEnd(file, part));
-    file.dwBlockUsed = static_cast<std::uint32_t>(held);
+bool takeUpAgain(kvOSFileHandle& file, std::uint32_t part, std::uint64_t offset, std::uint64_t left) {
+    if (file.dwBlockUsed != 0 || !wouldLose(file, part, offset, left)) return true;
+    if (file.pObject->partInBlock != part) return loadPart(file, part);
+    file.dwBlockUsed = storedBytes(file, part);
+    return true;
 }
 
-/// Makes the block that of the position's part.
-void turnToPart(kvOSFileHandle& file, std::uint64_t left) {
+/// Makes the block that of the position's part. False where that would lose stored bytes that can't be loaded; those of
+/// a part that was never stored are not there to be lost.
+bool turnToPart(kvOSFileHandle& file, std::uint64_t left) {
     const auto part = static_cast<std::uint32_t>(partAt(file.qwPos));
     const std::uint64_t offset = file.qwPos % kBlockSize;
-    if (part == file.dwBlockIndex) {
-        takeUpAgain(file, part, offset, left);
-        return;
-    }
+    if (part == file.dwBlockIndex) return takeUpAgain(file, part, offset, left);
     const bool isNew = part >= partAt(file.qwSize) && offset == 0;  // a new part at its first byte needs nothing
-    if (!isNew || wouldLose(file, part, offset, left)) changePart(file, file.qwPos);
-    if (part == file.dwBlockIndex) return;
-    file.dwBlockIndex = part;
-    file.dwBlockUsed = 0;
-    file.pObject->partInBlock.reset();
+    const bool isNeeded = wouldLose(file, part, offset, left);
+    const bool isLoaded = (isNeeded || !isNew) && changePart(file, file.qwPos);
+    if (isNeeded && !isLoaded) return false;
+    if (part != file.dwBlockIndex) beginPart(file, part);
+    return true;
 }
 
 void copyIn(kvOSFileHandle& file, const std::byte* source, std::uint32_t count) {
@@ -84,9 +78,9 @@ void storeIfFull(kvOSFileHandle& file) {
     file.dwBlockIndex = static_cast<std::uint32_t>(partAt(file.qwPos));
 }
 
-void write(kvOSFileHandle& file, const std::byte* source, const Transfer& transfer) {
+bool write(kvOSFileHandle& file, const std::byte* source, const Transfer& transfer) {
     for (std::uint32_t left = transfer.count; left > 0;) {
-        turnToPart(file, left);
+        if (!turnToPart(file, left)) return false;
         const auto room = static_cast<std::uint32_t>(kBlockSize - file.qwPos % kBlockSize);
         const std::uint32_t count = std::min(left, room);
         copyIn(file, source, count);
@@ -95,6 +89,7 @@ void write(kvOSFileHandle& file, const std::byte* source, const Transfer& transf
         left -= count;
         if (transfer.moved != nullptr) *transfer.moved += count;
     }
+    return true;
 }
 
 }  // namespace
@@ -106,14 +101,14 @@ Outcome writeObject(kvOSFileHandle& file, const void* buffer, const Transfer& tr
             if (transfer.moved != nullptr) *transfer.moved = 0;
             return Outcome::failed;
         }
+        forgetCutBytes(file);
         if (partAt(file.qwPos) != file.dwBlockIndex && file.dwBlockUsed != 0) {
             file.dwBlockDirty = 1;
             storeBlock(file);
         }
         if (transfer.moved != nullptr) *transfer.moved = 0;
         if (transfer.count == 0) return Outcome::failed;
-        write(file, static_cast<const std::byte*>(buffer), transfer);
-        return Outcome::counted;
+        return write(file, static_cast<const std::byte*>(buffer), transfer) ? Outcome::counted : Outcome::failed;
     });
 }
 

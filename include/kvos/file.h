@@ -110,8 +110,8 @@ KVUTIL_API uint32_t kvOSAddOutputFile(int64_t hFile, const char *path);
  * system here at the latest.
  *
  * An S3 object that was written to comes into being here: its parts are joined in the store and then deleted, also when
- * they could not be joined. Meant: what fails of this is told by messages alone. A handle that nothing was written to
- * makes no object, and the upload that its open began stays behind in the store.
+ * they could not be joined (but see kvos/s3.h, "IncompletePart"). Meant: what fails of this is told by messages alone.
+ * A handle that nothing was written to makes no object, and the upload that its open began stays behind in the store.
  *
  * @return 1; 0 for the handles 0 and -1, and when closing a local file failed (data may not have reached the disk).
  *
@@ -167,8 +167,8 @@ KVUTIL_API uint32_t kvOSReadFile(int64_t hFile, void *pBuffer, uint32_t dwCount,
  * @param pOverlapped null, or a record whose qwOffset is used (local files). Meant: on a URL a text in its place, which
  *                    begins with "POST" or "PATCH" in any case; null sends a PUT, which needs KVFILE_WRITE.
  * @return 1, meant also for a short write whose count was asked for, and for a POST or PATCH whatever the status; 0
- * when nothing could be written. Meant, on an S3 object: dwCount in place of 1, 0 for no bytes, and success also
- * when the store refuses a part, which messages alone tell.
+ * when nothing could be written. Meant, on an S3 object: dwCount in place of 1, 0 for no bytes, and success also when
+ * the store refuses a part, which messages alone tell; 0 when a stored part can't be loaded to write into it.
  *
  * Last error: errno of the failed write. On a memory file or an S3 object EINVAL after a refused seek, EFBIG or ENOMEM
  *             without room.

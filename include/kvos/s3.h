@@ -169,6 +169,9 @@ KVUTIL_API sCacheElem *s3cRequestBlock(int64_t hFile, uint64_t qwStart, uint64_t
  * @param pdwRead       null, or receives the bytes read, of a hit alone.
  * @return 1 when the read was served; 0 on a miss.
  *
+ * Once the process ends (exit, from the destructors of static objects on) requests under way are abandoned and no new
+ * ones are made: blocks that are there can still be read, and all else is a miss.
+ *
  * Messages: "\nERROR: Overwrite cache[%d] start (%d >= %d) " and "\nERROR: Overwrite cache[%d] end (%d >= %d) " for a
  *           block that shrank below the position while it was waited for; meant: the three numbers are offset, length
  *           and an address.
@@ -187,6 +190,8 @@ KVUTIL_API uint32_t s3cDeleteOldestCacheBlock(int64_t hFile);
  * The way of a miss: requests a block at the position, of the bytes wanted and 64 KiB more but at least of
  * gdwS3DefaultCacheSize, waits for it, lets surplus blocks go, and reads. Parameters, result and messages are those of
  * s3cReadFromCache and s3cRequestBlock.
+ *
+ * Last error: EIO for a miss behind a request, also when another request that failed meanwhile took the block away.
  */
 KVUTIL_API uint32_t s3cGetCacheAndRead(int64_t hFile, void *pDestination, uint32_t dwBytes, uint32_t *pdwRead);
 
@@ -200,7 +205,11 @@ KVUTIL_API uint32_t s3cLoadNextCacheChunk(int64_t hFile);
 
 /**
  * A whole read: from the blocks, with one more fetched ahead, or else by the way of a miss. Counts hits and misses.
- * Parameters, result and messages are those of s3cReadFromCache and s3cRequestBlock.
+ * Parameters, result, last error and messages are those of s3cGetCacheAndRead.
+ *
+ * Meant: nothing is fetched ahead of a miss. Reads of more than a block in order are all misses, each with a request of
+ * its own, as the block that the last one left holds 64 KiB of what is wanted and the rest is nowhere; reads of at most
+ * gdwS3DefaultCacheSize are served ahead.
  */
 KVUTIL_API uint32_t s2cRead(int64_t hFile, void *pDestination, uint32_t dwBytes, uint32_t *pdwRead);
 
@@ -214,6 +223,22 @@ KVUTIL_API void s3cClose(int64_t hFile);
  * of its own beside that of the object; a block that holds less is stored when the position leaves it. kvOSCloseFile
  * has the store join the parts to the object and then deletes them. The calls here take an S3 handle of kvOSCreateFile;
  * for all others they answer 0 and do nothing.
+ *
+ * What the object is then:
+ * - The parts that this handle wrote, and nothing else: writing into an object that was there replaces the whole of it.
+ *   Bytes between those written are zeros, and it ends with the last one written, though its old size may be more.
+ * - It ends, with messages, ahead of a part of which not a byte was written.
+ * - A cut (kvOSSetEndOfFile) is the object's end; what was cut off never comes back, also where more is written behind.
+ * - Where a part that has to be filled up or shortened can't be loaded or stored, three times, no object is made. The
+ *   message of a failed completion says so ("IncompletePart"), and the parts stay under the keys that it names.
+ *
+ * Meant: a write of which a part is refused by the store counts as done, and a close as well; messages alone tell of
+ * it. But a write into a part that was stored before and can't be loaded fails, with the request's last error, and
+ * leaves what is stored; of a longer one *pdwWritten then tells what was taken.
+ *
+ * Meant: parts that lie wholly behind a cut are not deleted. Neither are some of more than 1000, as each deletion looks
+ * for its part among the first 1000 names that the store lists; all of them are in the object all the same. How many
+ * parts an upload may have (10,000 in many stores, 600 GB) is the store's to tell, at the close.
  */
 
 /**

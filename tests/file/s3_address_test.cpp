@@ -34,7 +34,7 @@ TEST(S3Address, LocalPathsAreNoneWhateverTheyHold) {
 
 TEST(S3Address, AnObjectSchemeAnywhereIsOne) {
     expectAll(1, {"s3://bucket/key", "glacier://vault/key", "x s3://bucket", "\\s3://bucket",
-                  "http://host/?s3://X-Amz-Credential="});
+                  "http://host/?s3://X-Amz-Credential=", "ftp://host/s3://bucket/key"});
 }
 
 TEST(S3Address, TheObjectSchemeCountsInLowerCaseOnly) { expectAll(0, {"S3://bucket/key", "GLACIER://vault/key"}); }

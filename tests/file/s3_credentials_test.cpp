@@ -198,6 +198,13 @@ TEST(AwsRegion, WithoutASettingTheFirstRegionIsStoredAndSaved) {
     EXPECT_NE(contentOf(std::string(folder) + "config.xml").find("AWSRegion"), std::string::npos);
 }
 
+TEST(AwsRegion, ASettingWithoutTextCountsAsMissing) {
+    storeRegion("");
+    gszAwsRegion[0] = '\0';
+    EXPECT_STREQ(getAwsRegion(), "us-east-1");
+    EXPECT_EQ(storedRegion(), "us-east-1");
+}
+
 TEST(AwsRegion, ATextThatDoesNotFitCountsAsMissingAndStays) {
     storeRegion(std::string(31, 'r'));
     gszAwsRegion[0] = '\0';

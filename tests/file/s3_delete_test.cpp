@@ -1,5 +1,5 @@
 // Deleting objects by name. Deletions always talk TLS, so that nginx stands for the store where one is to succeed: its
-// folder "dav" is the bucket, and its documents are the objects.
+// folder "dav" is the bucket, and its documents are the objects; "moved" and "lost" are buckets of another region.
 #include <cerrno>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -19,6 +19,15 @@ class S3Delete : public S3Test {
 protected:
     std::string locator(const std::string& key) const {
         return "s3://ACCESS:SECRET@" + server_.secureHost() + "/dav/" + key;
+    }
+    std::string inBucket(const std::string& bucket, const std::string& key) const {
+        return "s3://ACCESS:SECRET@" + server_.secureHost() + "/" + bucket + "/" + key;
+    }
+    /// Those of the requests so far, a blank behind each.
+    std::string methods() const {
+        std::string all;
+        for (const ServedRequest& request : server_.requests()) all += request.method + ' ';
+        return all;
     }
     bool exists(const std::string& key) const { return std::filesystem::exists(server_.root() + "/" + key); }
 
@@ -107,6 +116,33 @@ TEST_F(S3Delete, TheRegionIsSoughtAtTheProvider) {
     EXPECT_TRUE(requests[0].target.starts_with("/dav?location") || requests[0].target.starts_with("/dav/?location"))
         << requests[0].target;
     EXPECT_EQ(requests[1].method, "DELETE");
+}
+
+TEST_F(S3Delete, TheGeneralDomainOfTheProviderAsksForTheLocationToo) {
+    server_.makeDocument("/amazon.com/clip", "x");
+    EXPECT_EQ(kvOSDeleteFile(locator("amazon.com/clip").c_str()), 0u);
+    EXPECT_EQ(methods(), "GET DELETE ");
+}
+
+TEST_F(S3Delete, AWrongRegionCostsOneMoreRequestAndTheDeletionGoesToTheRightOne) {
+    server_.makeDocument("/" + atProvider("clip"), "x");
+    EXPECT_EQ(kvOSDeleteFile(inBucket("moved", atProvider("clip")).c_str()), 0u);
+    EXPECT_FALSE(exists(atProvider("clip")));
+    EXPECT_EQ(methods(), "GET GET DELETE ");
+    const auto requests = server_.requests();
+    EXPECT_NE(requests[0].authorization.find("/us-east-1/s3/"), std::string::npos);
+    EXPECT_NE(requests[1].authorization.find("/eu-central-1/s3/"), std::string::npos);
+    EXPECT_NE(requests[2].authorization.find("/eu-central-1/s3/"), std::string::npos);
+}
+
+TEST_F(S3Delete, ARegionThatRefusesTheSecondTimeTooEndsTheDeletion) {
+    server_.makeDocument("/" + atProvider("clip"), "x");
+    errno = 0;
+    EXPECT_EQ(kvOSDeleteFile(inBucket("lost", atProvider("clip")).c_str()), 0xFFFFFFFFu);
+    EXPECT_EQ(errno, EACCES);
+    EXPECT_TRUE(exists(atProvider("clip")));
+    EXPECT_EQ(methods(), "GET GET ");
+    EXPECT_EQ(glAmazonS3Refs, 0);
 }
 
 TEST_F(S3Delete, RemovingADirectoryIsADeletion) {

@@ -4,6 +4,7 @@
 // Asynchronous requests are answered at once, before the call that made them returns, unless a Later holds them.
 #pragma once
 
+#include <cerrno>
 #include <condition_variable>
 #include <cstdio>
 #include <cstring>
@@ -108,6 +109,8 @@ private:
 
 class FakeClient : public s3::Client {
 public:
+    static constexpr int kRefused = EACCES;  // what a refused request leaves in errno
+
     /// With a later, asynchronous requests wait in it.
     explicit FakeClient(Later* later = nullptr) : later_(later) {}
 
@@ -271,7 +274,9 @@ private:
         if (refusals.empty()) return nullptr;
         refused_ = refusals.front();
         refusals.pop_front();
-        return refused_.httpStatus == -1 ? nullptr : &refused_;
+        if (refused_.httpStatus == -1) return nullptr;
+        errno = kRefused;
+        return &refused_;
     }
 
     s3::Listing page(const std::string& prefix, const std::string& after) const {

@@ -9,6 +9,7 @@
 #include "file/s3_fixture.h"
 #include "kvos/attributes.h"
 #include "kvos/find.h"
+#include "servers/nginx.h"
 
 namespace {
 
@@ -211,6 +212,17 @@ TEST_F(S3Find, APageThatCannotBeFetchedEndsTheListingWithItsReason) {
     EXPECT_EQ(store_.count("ListObjectsV2"), 2u);
 }
 
+TEST_F(S3Find, APageThatSendsBackToItselfEndsTheListing) {
+    store_.next("ListObjectsV2", ScriptedStore::kAlways,
+                fault::garbage("<ListBucketResult><IsTruncated>true</IsTruncated>"
+                               "<NextContinuationToken>same</NextContinuationToken>"
+                               "<Contents><Key>clips/a</Key><Size>1</Size></Contents></ListBucketResult>"));
+    const Found found(store_.locator("clips/*"));
+    EXPECT_EQ(found.names(), (Names{"a"}));
+    EXPECT_EQ(found.error(), EBADMSG);
+    EXPECT_EQ(store_.count("ListObjectsV2"), 2u);
+}
+
 TEST_F(S3Find, WhatIsNoListingIsAFailure) {
     for (const char* text :
          {"", "x", "<Listing/>", "<ListBucketResult><IsTruncated>true</IsTruncated></ListBucketResult>"}) {
@@ -275,6 +287,25 @@ TEST_F(S3Find, SettingsAndKeysAreThoseOfAnOpen) {
     EXPECT_EQ(signerOf(store_.requests().back()), "FILEKEY");
     EXPECT_EQ(regionOf(store_.requests().back()), "eu-north-1");
     EXPECT_EQ(store_.count("GetBucketLocation"), 0u);
+}
+
+TEST_F(S3Find, TheCertificateOfANamedHostIsVerifiedUnlessTheSettingsSayOtherwise) {
+    const Nginx server;
+    server.makeDocument("/bucket",
+                        "<ListBucketResult><Contents><Key>clips/a</Key><Size>1</Size></Contents></ListBucketResult>");
+    sdwS3DisableSSL = 0;
+    const std::string pattern = "s3://A:S@" + server.secureHost() + "/bucket/clips/*";
+    EXPECT_FALSE(Found(pattern).isOpen());
+    EXPECT_TRUE(server.requests().empty());
+    setSetting("S3VerifySSL", 0);
+    EXPECT_EQ(Found(pattern).names(), (Names{"a"}));
+    EXPECT_EQ(sdwS3VerifySSL, 0u);
+}
+
+TEST_F(S3Find, TheGeneralDomainOfTheProviderAsksForTheLocationToo) {
+    store_.put("amazon.com/a", "x");
+    EXPECT_EQ(namesOf("amazon.com/*"), (Names{"a"}));
+    EXPECT_EQ(store_.count("GetBucketLocation"), 1u);
 }
 
 TEST_F(S3Find, TheRegionIsSoughtAtTheProvider) {

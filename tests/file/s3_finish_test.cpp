@@ -265,6 +265,83 @@ TEST(S3Finish, EverythingRefusedStillEnds) {
     EXPECT_EQ(messages.count("SlowDown"), 4u);
 }
 
+/// Two parts, of which the first is short and has to be filled up.
+void writeShortPart(FakeHandle& file) {
+    file.write("head");
+    file.writeAt(kPart, "tail");
+}
+
+TEST(S3Finish, PartThatCannotBeLoadedToFillItUpMakesNoObjectAndAllPartsStay) {
+    CapturedMessages messages;
+    const auto client = std::make_shared<FakeClient>();
+    FakeHandle file(client, "clips/a.mxf", 0);
+    writeShortPart(file);
+    const std::string prefix = file.prefix();
+    client->refuse("GetObject", 3, down());
+    file.close();
+    std::string expected;
+    for (int i = 0; i < 3; ++i) {
+        expected += "Aws::Error exception: SlowDown \nAws::Error message: Please reduce your request rate. \n";
+    }
+    EXPECT_EQ(messages.text(), expected + "\nAws::HeadObject exception/error    FOUR: IncompletePart The parts below " +
+                                   prefix + " stay as they are\n");
+    EXPECT_EQ(client->keys(), (Requests{prefix + "a_1.mxf", prefix + "a_2.mxf"}));
+    EXPECT_EQ(client->content(prefix + "a_1.mxf"), "head");
+    EXPECT_EQ(client->content(prefix + "a_2.mxf"), "tail");
+    EXPECT_EQ(client->count("CreateMultipartUpload"), 0u);
+}
+
+TEST(S3Finish, PartThatCannotBeStoredFilledUpMakesNoObjectEither) {
+    CapturedMessages messages;
+    const auto client = std::make_shared<FakeClient>();
+    FakeHandle file(client, "clips/a.mxf", 0);
+    writeShortPart(file);
+    const std::string prefix = file.prefix();
+    client->pass("PutObject", 1);  // the rest
+    client->refuse("PutObject", 3, down());
+    file.close();
+    EXPECT_EQ(messages.count("Aws::GetObject exception/error: SlowDown Please reduce your request rate.\n"), 3u);
+    EXPECT_EQ(messages.count("    FOUR: IncompletePart The parts below "), 1u);
+    EXPECT_EQ(client->content(prefix + "a_1.mxf"), "head");
+    EXPECT_EQ(client->count("CreateMultipartUpload"), 0u);
+}
+
+TEST(S3Finish, ShortPartAheadOfAnotherIsFilledUpAlsoWhereALaterOneIsMissing) {
+    const CapturedMessages messages;
+    const auto client = std::make_shared<FakeClient>();
+    FakeHandle file(client, "clips/a.mxf", 0);
+    writeShortPart(file);
+    file.writeAt(3 * kPart, "far");
+    file.close();
+    EXPECT_TRUE(client->content("clips/a.mxf") == "head" + std::string(kPart - 4, '\0') + "tail");
+}
+
+TEST(S3Finish, PartThatHasToBeFilledUpIsTriedThreeTimes) {
+    CapturedMessages messages;
+    const auto client = std::make_shared<FakeClient>();
+    FakeHandle file(client, "clips/a.mxf", 0);
+    writeShortPart(file);
+    client->refuse("GetObject", 1, down());
+    client->pass("PutObject", 1);
+    client->refuse("PutObject", 1, down());
+    file.close();
+    EXPECT_TRUE(client->content("clips/a.mxf") == "head" + std::string(kPart - 4, '\0') + "tail");
+    EXPECT_EQ(client->keys(), Requests{"clips/a.mxf"});
+}
+
+TEST(S3Finish, PartThatWasCutAndCannotBeShortenedMakesNoObject) {
+    CapturedMessages messages;
+    const auto client = std::make_shared<FakeClient>();
+    FakeHandle file(client, "clips/a.mxf", 0);
+    file.write("0123456789");
+    EXPECT_EQ(skvOSWriteAWSBlock(file.handle()), 1u);
+    file.record().qwPos = file.record().qwSize = 4;
+    client->refuse("GetObject", 3, down());
+    file.close();
+    EXPECT_FALSE(client->has("clips/a.mxf"));
+    EXPECT_EQ(messages.count("    FOUR: IncompletePart The parts below "), 1u);
+}
+
 TEST(S3Finish, PartsOfAnotherObjectWithTheSamePrefixStay) {
     Written clip(1);
     clip.client->put("P/other", makePattern(3));

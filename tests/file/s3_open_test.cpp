@@ -82,8 +82,7 @@ TEST_F(S3Open, ARefusalIsTold) {
     EXPECT_FALSE(openForReading(store.locator("clip")).isOpen());
     EXPECT_EQ(errno, EACCES);
     // An answer to a request for the head alone has no body that could name the reason.
-    EXPECT_EQ(messages.count("Aws::HeadObject exception/error    ONE: "), 1u) << messages.text();
-    EXPECT_EQ(messages.count("SECRET"), 0u);
+    EXPECT_EQ(messages.text(), "Aws::HeadObject exception/error    ONE: AccessDenied HTTP 403\n");
 }
 
 TEST_F(S3Open, OpenAlwaysTakesAMissingObjectForAnEmptyOne) {

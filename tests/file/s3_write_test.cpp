@@ -30,6 +30,22 @@ struct Recording {
         for (std::string& request : all) request = std::regex_replace(request, prefix, "P/");
         return all;
     }
+    /// Sets the end of the file, as kvOSSetEndOfFile does.
+    void cutAt(std::uint64_t position) {
+        file.record().qwPos = position;
+        ASSERT_EQ(kvOSSetEndOfFile(handle()), 1u);
+    }
+    /// A write at a position that fails; gives the bytes that it took all the same.
+    std::uint32_t failAt(std::uint64_t position, std::string_view bytes, int error = FakeClient::kRefused) {
+        file.record().qwPos = position;
+        std::uint32_t written = 77;
+        errno = 0;
+        EXPECT_EQ(
+            s3::writeObject(file.record(), bytes.data(), {static_cast<std::uint32_t>(bytes.size()), &written, {}}),
+            Outcome::failed);
+        EXPECT_EQ(errno, error);
+        return written;
+    }
     /// The object that the close makes.
     std::string finished() {
         file.close();
@@ -365,6 +381,88 @@ TEST(S3Write, BytesThatWereCutOffDoNotComeBack) {
     EXPECT_EQ(clip.finished(), std::string("aaaa\0\0b", 7));
 }
 
+TEST(S3Cut, InsideTheBlockIsForgottenByAWriteBehindIt) {
+    Recording clip;
+    clip.file.write("0123456789");
+    clip.cutAt(4);
+    clip.file.writeAt(6, "b");
+    EXPECT_EQ(clip.finished(), std::string("0123\0\0b", 7));
+}
+
+TEST(S3Cut, AtTheStartIsForgottenToo) {
+    Recording clip;
+    clip.file.write("0123456789");
+    clip.cutAt(0);
+    clip.file.writeAt(3, "b");
+    EXPECT_EQ(clip.finished(), std::string("\0\0\0b", 4));
+}
+
+TEST(S3Cut, InsideABlockThatWasStoredIsForgotten) {
+    Recording clip;
+    clip.file.write("0123456789");
+    EXPECT_EQ(skvOSWriteAWSBlock(clip.handle()), 1u);
+    clip.cutAt(4);
+    clip.file.writeAt(6, "b");
+    EXPECT_EQ(clip.finished(), std::string("0123\0\0b", 7));
+}
+
+TEST(S3Cut, OfAStoredPartIsForgottenByAWriteInTheNext) {
+    Recording clip;
+    clip.file.write(filled(kPart, 'a'));
+    clip.cutAt(4);
+    clip.file.writeAt(kPart, "b");
+    EXPECT_TRUE(clip.finished() == "aaaa" + filled(kPart - 4, '\0') + "b");
+}
+
+TEST(S3Cut, AheadOfAWholePartLeavesZerosOfItAndItIsNotLoaded) {
+    Recording clip;
+    clip.file.write(filled(2 * kPart, 'a'));
+    clip.cutAt(4);
+    clip.file.writeAt(2 * kPart, "b");
+    EXPECT_TRUE(clip.finished() == "aaaa" + filled(2 * kPart - 4, '\0') + "b");
+    EXPECT_EQ(clip.requests("GetObject"), Requests{"GetObject P/a_1.mxf "});
+}
+
+TEST(S3Cut, IsForgottenByAWriteInsideTheSamePartAndByALoad) {
+    Recording clip;
+    clip.file.write(filled(kPart, 'a') + "tail");
+    clip.cutAt(4);
+    clip.file.writeAt(kPart + 1, "b");
+    EXPECT_EQ(kvOSReadAWSBlock(clip.handle(), 0), 1u);
+    EXPECT_EQ(clip.file.record().dwBlockUsed, 4u);
+    clip.file.writeAt(6, "c");
+    std::string expected = "aaaa" + filled(kPart - 4, '\0') + '\0' + "b";
+    EXPECT_TRUE(clip.finished() == expected.replace(6, 1, "c"));
+}
+
+TEST(S3Cut, InsideAGapEndsTheObjectThereWithZeros) {
+    Recording clip;
+    const CapturedMessages messages;
+    clip.file.write("head");
+    clip.file.writeAt(kPart + 3, "tail");
+    clip.cutAt(1000);
+    EXPECT_EQ(clip.finished(), "head" + filled(996, '\0'));
+}
+
+TEST(S3Cut, TwiceCountsTheLower) {
+    Recording clip;
+    clip.file.write(filled(kPart, 'a'));
+    clip.cutAt(1000);
+    clip.cutAt(4);
+    clip.file.writeAt(2000, "b");
+    clip.cutAt(1500);
+    clip.file.writeAt(1600, "c");
+    EXPECT_TRUE(clip.finished() == "aaaa" + filled(1596, '\0') + "c");
+}
+
+TEST(S3Cut, ToNothingOfWhatWasNeverStoredLeavesNothing) {
+    Recording clip;
+    clip.file.write("0123456789");
+    clip.cutAt(0);
+    EXPECT_EQ(clip.finished(), "");
+    EXPECT_EQ(clip.client->keys(), Requests{});
+}
+
 TEST(S3Part, LoadStopsAtThePartThatTheBlockIs) {
     Recording clip;
     clip.file.write("0123456789");
@@ -393,14 +491,64 @@ TEST(S3Part, LoadThatFailsKeepsTheBlocksBytes) {
     EXPECT_EQ(clip.finished(), "0123456789");
 }
 
-TEST(S3Part, LoadThatFailsDuringAWriteIsToldAndPassedOver) {
+TEST(S3Part, LoadThatFailsDuringAWriteFailsItAndLeavesWhatIsStored) {
     Recording clip;
     CapturedMessages messages;
     clip.file.write(filled(kPart, 'a'));
     clip.client->refuse("GetObject", 1, down());
-    clip.file.writeAt(2, "b");
+    EXPECT_EQ(clip.failAt(2, "b"), 0u);
     EXPECT_EQ(messages.text(),
               "Aws::Error exception: SlowDown \nAws::Error message: Please reduce your request rate. \n");
+    EXPECT_TRUE(clip.finished() == filled(kPart, 'a'));
+    EXPECT_EQ(clip.requests("PutObject").size(), 1u);
+}
+
+TEST(S3Part, LoadThatFailsInsideAWriteLeavesWhatIsBehindAndCountsWhatWasAhead) {
+    Recording clip;
+    CapturedMessages messages;
+    const std::string all = filled(kPart, 'a') + filled(100, 'b');
+    clip.file.write(all);
+    clip.client->pass("GetObject", 1);  // the first part is loaded, the second is not
+    clip.client->refuse("GetObject", 1, down());
+    EXPECT_EQ(clip.failAt(kPart - 2, "1234"), 2u);
+    EXPECT_EQ(kvOSTell(clip.handle()), static_cast<std::int64_t>(kPart));
+    EXPECT_TRUE(clip.finished() == filled(kPart - 2, 'a') + "12" + filled(100, 'b'));
+}
+
+TEST(S3Part, ThatWasStoredIsTakenUpAgainByTheNextWriteBehindAFailedLoad) {
+    Recording clip;
+    CapturedMessages messages;
+    std::string all = filled(kPart, 'a');
+    clip.file.write(all);
+    clip.client->refuse("GetObject", 1, down());
+    EXPECT_EQ(clip.failAt(7, "x"), 0u);
+    clip.file.writeAt(7, "x");
+    EXPECT_TRUE(clip.finished() == all.replace(7, 1, "x"));
+}
+
+// The position comes to the stored part behind a full one, which is the block's by then without its bytes.
+TEST(S3Part, ThatTheBlockIsAlreadyIsNotWrittenOverWhenItCannotBeLoaded) {
+    Recording clip;
+    CapturedMessages messages;
+    const std::string all = filled(kPart, 'a') + filled(100, 'b');
+    clip.file.write(all);
+    clip.file.writeAt(kPart - 1, "A");  // full again: stored, and the block is the second part
+    EXPECT_EQ(clip.file.record().dwBlockIndex, 1u);
+    clip.client->refuse("GetObject", 1, down());
+    EXPECT_EQ(clip.failAt(kPart + 3, "x"), 0u);
+    EXPECT_TRUE(clip.finished() == filled(kPart - 1, 'a') + "A" + filled(100, 'b'));
+}
+
+TEST(S3Part, ThatComesBackShorterThanItWasStoredCountsAsNotLoaded) {
+    Recording clip;
+    CapturedMessages messages;
+    clip.file.write(filled(kPart, 'a'));
+    clip.client->setReceived(1000);
+    EXPECT_EQ(clip.failAt(7, "x", EBADMSG), 0u);
+    EXPECT_EQ(messages.text(),
+              "Aws::Error exception: IncompleteBody \n"
+              "Aws::Error message: The part is shorter than it was stored \n");
+    EXPECT_TRUE(clip.finished() == filled(kPart, 'a'));
 }
 
 TEST(S3Part, StoreOfAnUntouchedHandleMakesThePrefixAlone) {
@@ -455,8 +603,19 @@ TEST(S3Write, AnywhereInAnyOrderGivesTheObjectThatAPlainFileWouldHold) {
         size = std::max(size, position + count);
         if (below(10) == 0) skvOSWriteAWSBlock(clip.handle());
         if (below(10) == 0) kvOSReadAWSBlock(clip.handle(), below(size));
+        if (below(5) == 0) {
+            size = below(3) == 0 ? below(size) : size - 1 - below(std::min<std::uint64_t>(size, 200));
+            clip.cutAt(size);
+            std::fill(model.begin() + static_cast<std::ptrdiff_t>(size), model.end(), '\0');
+        }
     }
-    if (below(2) == 0) clip.file.record().qwSize = size = size - below(200);
+    // What was cut off may have been all that a part ever had.
+    for (std::uint64_t part = 0; part < 3; ++part) {
+        clip.file.writeAt(part * kPart + 7, "!");
+        model[part * kPart + 7] = '!';
+        size = std::max(size, part * kPart + 8);
+    }
+    if (below(2) == 0) clip.cutAt(size = size - 1 - below(200));
     model.resize(size);
     EXPECT_TRUE(clip.finished() == model);
 }

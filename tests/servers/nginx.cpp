@@ -62,6 +62,15 @@ http {
         location ~ ^/redirect/303/(.*)$ { return 303 /$1; }
         location ~ ^/redirect/307/(.*)$ { return 307 /$1; }
         location /dav/ { alias ROOT/; dav_methods PUT DELETE; create_full_put_path on; }
+        location = /moved {
+            if ($http_authorization ~ "/eu-central-1/") { return 200 "<LocationConstraint/>"; }
+            return 400 "<Error><Message>the region is wrong; expecting 'eu-central-1'</Message></Error>";
+        }
+        location = /lost {
+            if ($http_authorization ~ "/eu-central-1/") { return 403; }
+            return 400 "<Error><Message>the region is wrong; expecting 'eu-central-1'</Message></Error>";
+        }
+        location ~ ^/(moved|lost)/(.*)$ { root ROOT; rewrite ^/(moved|lost)/(.*)$ /dav/$2 last; }
     }
 }
 )";

@@ -12,6 +12,9 @@
 //   /redirect/302/clip     a redirect to /clip; likewise 303 and 307
 //   /redirect/loop         a redirect to itself
 //   /dav/clip              as /clip; PUT stores and DELETE removes, folders are made as needed
+//   /moved/clip            as /clip; DELETE removes. /moved itself is an S3 bucket of "eu-central-1", and says so to a
+//                          request that is signed for another region
+//   /lost/clip             the same, but nobody may ask /lost from that region either
 #pragma once
 
 #include <cstdint>
