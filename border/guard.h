@@ -21,7 +21,7 @@ Result atBorder(Result failure, Body&& body) noexcept {
     }
 }
 
-/// The same for a call that tells what ended it: `tell` gets the exception's text.
+/// The same for a call that tells what ended it: `tell` gets the exception's text, or none.
 template <class Result, std::invocable Body, std::invocable<const char*> Tell>
 Result atBorder(Result failure, Body&& body, Tell&& tell) noexcept {
     try {
@@ -30,6 +30,7 @@ Result atBorder(Result failure, Body&& body, Tell&& tell) noexcept {
         tell(error.what());
         return failure;
     } catch (...) {
+        tell("");
         return failure;
     }
 }

@@ -2,6 +2,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <unistd.h>
 
@@ -45,9 +46,12 @@ std::uint32_t kvOSGetComputerName(char* pName) {
         errno = EINVAL;
         return kFailed;
     }
-    const bool isTold = gethostname(pName, kNameSize) == 0;
-    pName[isTold ? kNameSize - 1 : 0] = '\0';  // a name that was cut has no end of its own
-    return isTold ? 0 : kFailed;
+    char name[kNameSize + 1] = "";
+    // A name that was cut has no end of its own.
+    if (gethostname(name, kNameSize) != 0) name[0] = '\0';
+    name[kNameSize - 1] = '\0';
+    std::memcpy(pName, name, std::strlen(name) + 1);
+    return name[0] != '\0' ? 0 : kFailed;
 }
 
 std::uint32_t FindLastPhysicalDrive(char* pDrive) { return kv::system::answer(pDrive, '~'); }

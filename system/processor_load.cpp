@@ -1,7 +1,8 @@
 // How busy the processors are, and how many there are.
 //
-// The ticks of the last call are kept for the whole process. A count that falls, as one may that the kernel corrects,
-// wraps in the subtraction and comes out as 0 percent.
+// The ticks of the last call are kept for the whole process, each by itself: counts that fall, as those may that the
+// kernel corrects, and a pair that two threads mixed give no figure outside of 0 to 100.
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 
@@ -24,11 +25,14 @@ std::uint32_t fDisplayedCPUs = 0;
 
 std::uint32_t percentSinceLast(const platform::ProcessorTicks& ticks) {
     const std::uint64_t total = ticks.busy + ticks.idle == 0 ? 1 : ticks.busy + ticks.idle;
-    const std::uint64_t delta = total - border::relaxedLoad(prevTotalTicks);
-    const std::uint64_t busy = ticks.busy - border::relaxedLoad(prevOurTicks);
+    const std::uint64_t totalBefore = border::relaxedLoad(prevTotalTicks);
+    const std::uint64_t busyBefore = border::relaxedLoad(prevOurTicks);
     border::relaxedStore(prevOurTicks, ticks.busy);
     border::relaxedStore(prevTotalTicks, total);
-    return delta == 0 ? kTooSoon : static_cast<std::uint32_t>(busy * 100 / delta);
+    if (total == totalBefore) return kTooSoon;
+    if (total < totalBefore || ticks.busy < busyBefore) return 0;
+    const std::uint64_t percent = (ticks.busy - busyBefore) * 100 / (total - totalBefore);
+    return static_cast<std::uint32_t>(std::min<std::uint64_t>(percent, 100));
 }
 
 /// Once in a process.

@@ -26,7 +26,8 @@ struct Credentials {
 /// After how long a transfer that moves nothing is given up.
 struct Patience {
     std::chrono::seconds usual{30};
-    std::chrono::seconds joining{600};  // the copy of a part and the completion of an upload, which stores work on
+    std::chrono::seconds copying{120};  // the copy of a part, at which stores work
+    std::chrono::seconds joining{600};  // the completion of an upload, at which they work for minutes
 };
 
 struct ClientConfiguration {

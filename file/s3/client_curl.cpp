@@ -32,7 +32,7 @@ struct Operation {
     std::span<const std::byte> body = {};
     BodySink* sink = nullptr;
     const std::atomic<bool>* abandon = nullptr;
-    bool isJoining = false;  // the store may be busy for minutes before it answers
+    std::chrono::seconds Patience::*patience = &Patience::usual;
 };
 
 HttpAnswer refused(std::string_view name, std::string message) {
@@ -141,7 +141,7 @@ HttpAnswer CurlClient::at(const Place& place, const Operation& operation) {
                              .verifyTls = verifyTls_,
                              .sink = operation.sink,
                              .abandon = operation.abandon,
-                             .longestSilence = operation.isJoining ? patience_.joining : patience_.usual});
+                             .longestSilence = patience_.*operation.patience});
 }
 
 Answer<BucketLocation> CurlClient::getBucketLocation(const GetBucketLocationRequest& request) {
@@ -251,7 +251,7 @@ Answer<CopiedPart> CurlClient::uploadPartCopy(const UploadPartCopyRequest& reque
                   .key = request.key,
                   .query = {{"partNumber", std::to_string(request.partNumber)}, {"uploadId", request.uploadId}},
                   .headers = {{"x-amz-copy-source", percentEncodedPath(request.copySource)}},
-                  .isJoining = true});
+                  .patience = &Patience::copying});
     return outcomeOf<CopiedPart>(http, [](const HttpAnswer& answer) { return copiedPartIn(answer.body); });
 }
 
@@ -263,7 +263,7 @@ Answer<CompletedUpload> CurlClient::completeMultipartUpload(const CompleteMultip
                                       .query = {{"uploadId", request.uploadId}},
                                       .headers = typeHeader("application/xml"),
                                       .body = std::as_bytes(std::span(body)),
-                                      .isJoining = true});
+                                      .patience = &Patience::joining});
     return outcomeOf<CompletedUpload>(http, [](const HttpAnswer& answer) { return completedUploadIn(answer.body); });
 }
 

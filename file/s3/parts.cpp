@@ -54,7 +54,11 @@ void takeLoaded(kvOSFileHandle& file, OwnedBlock block, std::uint32_t part, std:
     KVFree(file.pBlock);
     file.pBlock = block.release();
     file.dwBlockIndex = part;
-    const std::uint64_t valid = file.pObject->storedParts.contains(part) ? storedBytes(file, part) : bytes;
+    // Of a part that was cut the rest is not to come back. Of another one more can be there than is known: a request
+    // that failed here may have reached the store.
+    const auto stored = file.pObject->storedParts.find(part);
+    const bool wasCut = stored != file.pObject->storedParts.end() && stored->second.bytes > stored->second.valid;
+    const std::uint64_t valid = wasCut ? stored->second.valid : bytes;
     file.dwBlockUsed = static_cast<std::uint32_t>(std::min({bytes, valid, bytesAheadOfEnd(file, part)}));
     file.dwBlockDirty = 0;
     file.pObject->partInBlock = part;
@@ -109,9 +113,9 @@ bool storeBlock(kvOSFileHandle& file) {
     const auto key = partKey(object, file.dwBlockIndex);
     if (!key) return tellNotStored(keyTooLong());
     if (file.dwBlockDirty == 0) return true;
-    // Where the file was cut since, less than what is used; nothing, and no request, of a part behind the new end.
-    const std::size_t bytes = std::min<std::uint64_t>(file.dwBlockUsed, bytesAheadOfEnd(file, file.dwBlockIndex));
-    if (bytes == 0) {
+    forgetCutBytes(file);
+    const std::size_t bytes = file.dwBlockUsed;
+    if (bytes == 0) {  // of a part behind the new end
         file.dwBlockDirty = 0;
         file.dwBlockUsed = 0;
         return true;
@@ -151,6 +155,7 @@ bool loadPart(kvOSFileHandle& file, std::uint64_t part) {
 }
 
 bool changePart(kvOSFileHandle& file, std::uint64_t position) {
+    forgetCutBytes(file);
     if (file.dwBlockUsed != 0) storeBlock(file);
     const std::uint64_t part = partAt(position);
     return part == file.dwBlockIndex || loadPart(file, part);

@@ -37,6 +37,11 @@ bool wouldLose(const kvOSFileHandle& file, std::uint32_t part, std::uint64_t off
     return stored != 0 && (offset != 0 || left < stored);
 }
 
+/// Whether a stored part has nothing that still counts.
+bool isWhollyCutOff(const kvOSFileHandle& file, std::uint32_t part) {
+    return file.pObject->storedParts.contains(part) && storedBytes(file, part) == 0;
+}
+
 /// The block is this part's already. One that was stored is empty since, though its memory may still hold the bytes.
 bool takeUpAgain(kvOSFileHandle& file, std::uint32_t part, std::uint64_t offset, std::uint64_t left) {
     if (file.dwBlockUsed != 0 || !wouldLose(file, part, offset, left)) return true;
@@ -53,7 +58,7 @@ bool turnToPart(kvOSFileHandle& file, std::uint64_t left) {
     if (part == file.dwBlockIndex) return takeUpAgain(file, part, offset, left);
     const bool isNew = part >= partAt(file.qwSize) && offset == 0;  // a new part at its first byte needs nothing
     const bool isNeeded = wouldLose(file, part, offset, left);
-    const bool isLoaded = (isNeeded || !isNew) && changePart(file, file.qwPos);
+    const bool isLoaded = (isNeeded || !(isNew || isWhollyCutOff(file, part))) && changePart(file, file.qwPos);
     if (isNeeded && !isLoaded) return false;
     if (part != file.dwBlockIndex) beginPart(file, part);
     return true;

@@ -16,10 +16,10 @@ extern "C" {
 /**
  * Bytes to provide for what kvOSCompress makes of so many: the length, 5 bytes for each 16 KiB begun, and 6.
  *
- * Meant: of nothing it gives 6, where the empty stream has 8. From 16384 bytes on it can be a few bytes short for data in
- * which hardly three bytes come twice, as in what is compressed or encrypted already: zlib ends its blocks a byte
- * sooner. 0xFFFFFFFF of kvOSCompress tells; the length, a thousandth of it and 16 bytes are always enough. The blocks are
- * counted in signed 32 bits, so that from 0x7FFFC001 bytes on the result is too small.
+ * Meant: of nothing it gives 6, where the empty stream has 8. From 16384 bytes on it can be a few bytes short for data
+ * in which hardly three bytes come twice, as in what is compressed or encrypted already: zlib ends its blocks a byte
+ * sooner. 0xFFFFFFFF of kvOSCompress tells; the length, a thousandth of it and 16 bytes are always enough. The blocks
+ * are counted in signed 32 bits, so that from 0x7FFFC001 bytes on the result is too small.
  */
 KVUTIL_API uint32_t kvOSCalcCompressedLen(uint32_t dwLength);
 
@@ -28,8 +28,8 @@ KVUTIL_API uint32_t kvOSCalcCompressedLen(uint32_t dwLength);
  *
  * @param dwDestinationLength  bytes of pDestination.
  * @return meant: dwDestinationLength plus the bytes of the stream, in 32 bits. Subtract dwDestinationLength to know the
- *         latter. 0xFFFFFFFF if the stream does not fit, memory runs out, or a pointer is null; a null source is allowed
- *         with a length of 0. With a room of nearly 4 GiB the sum of a success can be 0xFFFFFFFF as well.
+ *         latter. 0xFFFFFFFF if the stream does not fit, memory runs out, or a pointer is null; a null source is
+ * allowed with a length of 0. With a room of nearly 4 GiB the sum of a success can be 0xFFFFFFFF as well.
  */
 KVUTIL_API uint32_t kvOSCompress(const void *pSource, uint32_t dwSourceLength, void *pDestination,
                                  uint32_t dwDestinationLength);

@@ -145,7 +145,8 @@ KVUTIL_API uint32_t kvDecodeHEXString(const char *pInput, void *pOutput, uint64_
  * unless it is empty.
  *
  * @param pInput        null only with a length of 0.
- * @param pqwOutLength  receives the length of the text without its terminator, if not null; on failure it stays as it is.
+ * @param pqwOutLength  receives the length of the text without its terminator, if not null; on failure it stays as it
+ * is.
  * @param pOutput       room for v + (v + 4) / 72 + 5 bytes, where v is 4 * qwLength / 3, all of it in whole numbers.
  *                      Null: such a buffer is allocated, the caller's until KVFree.
  * @return the buffer; null if it can't be allocated, which one of 4 GiB or more never can.

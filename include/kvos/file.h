@@ -156,8 +156,8 @@ KVUTIL_API uint32_t kvOSReadFile(int64_t hFile, void *pBuffer, uint32_t dwCount,
  * A memory file grows without limit; a write beyond its end leaves the gap as whatever the buffer holds. On a local
  * file the bytes may stay in the stream's buffer until kvOSCloseFile, which is then the call that reports a full disk.
  * An S3 object is collected in parts of 60 MiB and made by kvOSCloseFile; it is then what was written, from the first
- * byte on, with zeros where parts were left open, and nothing is left of an object that was there before. Meant: a
- * whole part that is left out breaks the object off there, of which messages tell.
+ * byte on, with zeros where parts were left open, in place of an object that was there before. Meant: a whole part
+ * that is left out breaks the object off there, of which messages tell; without the first one there is none.
  * On a URL each call is a request, with a zero byte behind the data unless it is JSON ("{" first) by POST or PATCH.
  *
  * @param pBuffer     dwCount bytes; null is refused with EINVAL unless dwCount is 0. Meant: of a URL, the answer

@@ -59,7 +59,8 @@ KVUTIL_API uint32_t GetGpuUsage(void);
  * the low 32 bits of that are the answer. So it is with a driver that has statistics but none of the three figures
  * looked for: it answers 0x7F29ABCA.
  *
- * @return the percentage; KVGPU_UNKNOWN where there is no such processor.
+ * @return the percentage; KVGPU_UNKNOWN where there is no such processor. On Linux a vendor's library that was not
+ * there at the first call is not looked for again.
  */
 KVUTIL_API uint32_t getGpuUsageApple(void);
 

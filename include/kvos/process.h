@@ -27,9 +27,11 @@ extern "C" {
  *
  * Last error: of the second attempt; ENOENT where the loader left none.
  * Messages:   on failure "kvOSLoadLibrary(%s) " with the loader's reason and "kvOSLoadLibrary(FAILED=0x%lX) %s" with
- * the last error and the path; "Exception loading library(%s) " with the path for an exception that the start of the
- * library let out. Threads:    not beside a thread that depends on the working directory, unless the library is sure to
- * be found at once.
+ *             the last error and the path; "Exception loading library(%s) " with the path for an exception that the
+ *             start of the library let out. Behind that one the loader of Linux stays locked: no other thread can open
+ *             a library any more, and the same library opens half started. End the program soon.
+ * Threads:    not beside a thread that depends on the working directory, unless the library is sure to be found at
+ * once.
  */
 KVUTIL_API void *kvOSLoadLibrary(const char *pPath, uint32_t dwFlags);
 
@@ -48,7 +50,8 @@ KVUTIL_API int32_t kvOSFreeLibrary(void *hLibrary);
 KVUTIL_API void *kvOSGetProcAddress(void *hLibrary, const char *pName);
 
 /**
- * The folder in which this library lies, with a "/" at its end.
+ * The folder in which this library lies, with a "/" at its end; relative to the working directory that the process
+ * began in where the loader was told to look for it so.
  *
  * Where the system does not tell it, the first of these that holds "libmediafile.dylib": the folder
  * KorvaneKit.framework/Versions/6/ in "clipProof.app/Contents/Frameworks/", "../Frameworks/" and

@@ -229,12 +229,18 @@ KVUTIL_API void s3cClose(int64_t hFile);
  *   Bytes between those written are zeros, and it ends with the last one written, though its old size may be more.
  * - It ends, with messages, ahead of a part of which not a byte was written.
  * - A cut (kvOSSetEndOfFile) is the object's end; what was cut off never comes back, also where more is written behind.
+ * - A cut to 0, or one of an object to which nothing was written, makes none: what was there before stays.
  * - Where a part that has to be filled up or shortened can't be loaded or stored, three times, no object is made. The
- *   message of a failed completion says so ("IncompletePart"), and the parts stay under the keys that it names.
+ *   message of a failed completion says so ("IncompletePart"), and the parts stay below the prefix that it names.
+ * - Meant: a part whose copy into the object the store refuses is left out, of which a message tells. Those behind it
+ *   move up, and all parts are deleted.
  *
  * Meant: a write of which a part is refused by the store counts as done, and a close as well; messages alone tell of
  * it. But a write into a part that was stored before and can't be loaded fails, with the request's last error, and
- * leaves what is stored; of a longer one *pdwWritten then tells what was taken.
+ * leaves what is stored; of a longer one *pdwWritten then tells what was taken, and the position stands behind it.
+ *
+ * A store that falls silent holds the close for up to 2 minutes a part, and 10 at the end. Objects are to be closed
+ * ahead of the end of the process, and in the process that opened them: not in a fork of it.
  *
  * Meant: parts that lie wholly behind a cut are not deleted. Neither are some of more than 1000, as each deletion looks
  * for its part among the first 1000 names that the store lists; all of them are in the object all the same. How many

@@ -39,7 +39,9 @@ typedef struct kvOSSMem {
  * @param dwSize    bytes.
  * @param ppMemory  receives the mapping; untouched for the result null. Meant: all ones, with a record as the result,
  *                  where the segment was made and could not be mapped: always so for a size of 0.
- * @return the record, to be given to kvOSSMemClose; null on failure.
+ * @return the record, to be given to kvOSSMemClose; null on failure. The name stays, for the caller to remove, where
+ * only the size could not be had. No memory is set aside: where the system runs out of it, the first touch of a page
+ *         ends the process.
  *
  * Last error: EINVAL for a null pointer, ENAMETOOLONG for a name that does not fit in szName, else as the system left
  *             it.
@@ -96,8 +98,9 @@ public:
      *
      * @param create  true: removes a segment of that name and makes a new one, zeroed, for reading and writing, with
      * the permissions 0755 less the process's mask. False: opens the one that is there, for reading only.
-     * @return 0, or one of the codes above, with errno as the system left it. What is mapped beyond a segment's own end
-     *         can't be touched: the reader's size is at most the creator's.
+     * @return 0, or one of the codes above, with errno as the system left it; what was made by then stays until the
+     * next call or the destructor. What is mapped beyond a segment's own end can't be touched: the reader's size is at
+     * most the creator's.
      */
     int32_t CreateOrOpen(bool create);
 

@@ -18,13 +18,18 @@ constexpr int kSuccess = 0;
 class ManagementLibrary {
 public:
     ManagementLibrary() noexcept : library_(dlopen("libnvidia-ml.so.1", RTLD_NOW | RTLD_LOCAL)) {
-        if (library_ == nullptr) return;
+        // No later call of the program's is to find the reason of this one.
+        if (library_ == nullptr) {
+            dropReason();
+            return;
+        }
         int (*init)() = nullptr;
         if (find(init, "nvmlInit_v2") && find(count_, "nvmlDeviceGetCount_v2") &&
             find(device_, "nvmlDeviceGetHandleByIndex_v2") && find(utilization_, "nvmlDeviceGetUtilizationRates") &&
             init() == kSuccess) {
             return;
         }
+        dropReason();
         dlclose(library_);
         library_ = nullptr;
     }
@@ -43,6 +48,8 @@ public:
     }
 
 private:
+    static void dropReason() noexcept { dlerror(); }  // NOLINT(concurrency-mt-unsafe)
+
     template <class Function>
     bool find(Function& function, const char* name) noexcept {
         function = reinterpret_cast<Function>(dlsym(library_, name));

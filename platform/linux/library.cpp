@@ -6,6 +6,7 @@
 #include <dlfcn.h>
 #include <string>
 #include <string_view>
+#include <unistd.h>
 
 #include "border/text.h"
 
@@ -22,7 +23,9 @@ void* openLibrary(const char* path, int flags) { return kOpen(path, flags); }
 
 void* openFromHere(const char* path, int flags) {
     if (path == nullptr || *path == '\0' || std::strchr(path, '/') != nullptr) return openLibrary(path, flags);
-    return openLibrary(("./" + std::string(path)).c_str(), flags);
+    const std::string inHere = "./" + std::string(path);
+    // Of a library that lies elsewhere, the loader's own search tells why it can't be opened.
+    return openLibrary(access(inHere.c_str(), F_OK) == 0 ? inHere.c_str() : path, flags);
 }
 
 bool ownLibraryFolder(char* target, std::size_t size) noexcept {

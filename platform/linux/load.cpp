@@ -45,10 +45,12 @@ std::uint64_t memoryRow(const char* name) noexcept {
 }  // namespace
 
 std::uint32_t readProcessorTicks(ProcessorTicks& ticks) noexcept {
+    const int before = errno;
     errno = 0;
     const auto read = proc::ticksOf(Beginning("/proc/stat").text());
     if (read) {
         ticks = *read;
+        errno = before;
         return 0;
     }
     const int error = errno != 0 ? errno : EIO;

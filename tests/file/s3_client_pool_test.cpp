@@ -29,7 +29,7 @@ TEST(S3ClientConnections, ThatTheServerClosedAreMadeAnew) {
 
 ClientConfiguration impatient(const ScriptedServer& server, std::chrono::seconds joining) {
     ClientConfiguration configuration = plainHttp(server.host());
-    configuration.patience = {.usual = std::chrono::seconds(1), .joining = joining};
+    configuration.patience = {.usual = std::chrono::seconds(1), .copying = joining, .joining = joining};
     return configuration;
 }
 
@@ -65,8 +65,9 @@ TEST(S3ClientConnections, ACopyAndACompletionThatNeverComeAreGivenUpToo) {
     EXPECT_EQ(failureOf(client->completeMultipartUpload({"bucket", "key", "id", {{"t", 1}}})), "NetworkError");
 }
 
-TEST(S3ClientConnections, AreWaitedForHalfAMinuteAndTenMinutesWhereTheStoreJoins) {
+TEST(S3ClientConnections, AreWaitedForHalfAMinuteTwoForACopyAndTenForACompletion) {
     EXPECT_EQ(ClientConfiguration().patience.usual, std::chrono::seconds(30));
+    EXPECT_EQ(ClientConfiguration().patience.copying, std::chrono::minutes(2));
     EXPECT_EQ(ClientConfiguration().patience.joining, std::chrono::minutes(10));
 }
 

@@ -181,6 +181,16 @@ TEST(S3Finish, RefusedCopyIsToldAndTheOthersGoOn) {
     EXPECT_EQ(clip.client->keys(), Requests{"clips/a.mxf"});  // its part goes as well
 }
 
+TEST(S3Finish, WhatStandsBehindARefusedCopyMovesUp) {
+    const CapturedMessages messages;
+    Written clip(3);
+    clip.client->pass("UploadPartCopy", 1);
+    clip.client->refuse("UploadPartCopy", 1, down());
+    clip.finish();
+    EXPECT_EQ(clip.content(), "part 1 part 3 ");
+    EXPECT_EQ(clip.client->keys(), Requests{"clips/a.mxf"});
+}
+
 TEST(S3Finish, PartBehindAMissingOneHasNoEntryAtItsIndex) {
     CapturedMessages messages;
     Written clip(3);

@@ -58,8 +58,7 @@ TEST(Libraries, MissingNameIsLoggedWithTheLoadersReason) {
     errno = 0x2F;
     EXPECT_EQ(kvOSGetProcAddress(library, "noSuchName"), nullptr);
     const std::string text = messages.text();
-    EXPECT_EQ(text.find("kvOSGetProcAddress(FAILED=0x"), text.find("kvOSGetProcAddress"));
-    EXPECT_NE(text.find(" - '"), std::string::npos);
+    EXPECT_NE(text.find("kvOSGetProcAddress(FAILED=0x2F - '"), std::string::npos) << text;
     EXPECT_NE(text.find("noSuchName"), std::string::npos) << text;
     EXPECT_NE(text.find("') "), std::string::npos);
     kvOSFreeLibrary(library);
@@ -145,10 +144,18 @@ TEST_F(LibraryFallback, LibraryThatIsFoundAtOnceChangesNoDirectory) {
     const std::string before = here();
     std::filesystem::create_directories(folder_ / "moved");
     redirect(before, folder_ / "moved");
-    void* const library = kvOSLoadLibrary(SMALL_LIBRARY, RTLD_NOW);
-    ASSERT_NE(library, nullptr);
-    EXPECT_EQ(here(), before);
-    kvOSFreeLibrary(library);
+    for (const char* path : {SMALL_LIBRARY, "libm.so.6"}) {
+        void* const library = kvOSLoadLibrary(path, RTLD_NOW);
+        ASSERT_NE(library, nullptr);
+        EXPECT_EQ(here(), before);
+        kvOSFreeLibrary(library);
+    }
+}
+
+TEST_F(LibraryFallback, ReasonOfALibraryThatLiesElsewhereIsTheLoaders) {
+    CapturedMessages messages;
+    EXPECT_EQ(kvOSLoadLibrary("no_such_library.so", RTLD_NOW), nullptr);
+    EXPECT_EQ(messages.count("kvOSLoadLibrary(no_such_library.so: cannot open"), 1u) << messages.text();
 }
 
 TEST_F(LibraryFallback, ExceptionOfALibrarysStartIsLoggedAndEndsThere) {
@@ -161,6 +168,13 @@ TEST_F(LibraryFallback, ExceptionOfALibrarysStartIsLoggedAndEndsThere) {
     EXPECT_EQ(here(), before);
 }
 
+TEST_F(LibraryFallback, WhatIsNoExceptionOfTheStandardLibraryIsLoggedToo) {
+    setenv("THROW_AT_START", "number", 1);
+    CapturedMessages messages;
+    EXPECT_EQ(kvOSLoadLibrary("small.so", RTLD_NOW), nullptr);
+    EXPECT_EQ(messages.count("Exception loading library(small.so) "), 1u) << messages.text();
+}
+
 TEST(LibraryFolder, IsWhereThisLibraryLies) {
     char folder[4096] = "old";
     CapturedMessages messages;
@@ -171,6 +185,10 @@ TEST(LibraryFolder, IsWhereThisLibraryLies) {
     EXPECT_EQ(messages.text(), "");
 }
 
-TEST(LibraryFolder, NullIsRefused) { EXPECT_EQ(kvOSGetDynaLibDir(nullptr), 0xFFFFFFFFu); }
+TEST(LibraryFolder, NullIsRefused) {
+    errno = 0;
+    EXPECT_EQ(kvOSGetDynaLibDir(nullptr), 0xFFFFFFFFu);
+    EXPECT_EQ(errno, EINVAL);
+}
 
 }  // namespace

@@ -52,6 +52,13 @@ TEST(ProcessorLoad, CountThatFallsIsNoLoad) {
     EXPECT_EQ(loadAt(1000, 1000), 50u);
     EXPECT_EQ(loadAt(1000, 990), 0u);
     EXPECT_EQ(loadAt(1010, 1000), 50u);
+    EXPECT_EQ(loadAt(1005, 1100), 0u);  // the busy ones alone
+    EXPECT_EQ(loadAt(1004, 900), 0u);
+}
+
+TEST(ProcessorLoad, IsNoMoreThanAllThereIs) {
+    EXPECT_EQ(loadAt(2000, 2000), 50u);
+    EXPECT_EQ(loadAt(2003, 1998), 100u);  // the idle ones fell
 }
 
 TEST(ProcessorLoad, AllThreeCallsShareTheOneLastCall) {

@@ -1,5 +1,6 @@
 // A library to be opened at run time. Started with THROW_AT_START set, it lets an exception out.
 #include <cstdlib>
+#include <cstring>
 #include <stdexcept>
 
 extern "C" __attribute__((visibility("default"))) int answerOfSmallLibrary();
@@ -9,7 +10,10 @@ namespace {
 
 struct Start {
     Start() {
-        if (std::getenv("THROW_AT_START") != nullptr) throw std::runtime_error("not today");
+        const char* const what = std::getenv("THROW_AT_START");
+        if (what == nullptr) return;
+        if (std::strcmp(what, "number") == 0) throw 42;  // of no class at all
+        throw std::runtime_error("not today");
     }
 } start;
 
