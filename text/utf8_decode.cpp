@@ -1,7 +1,7 @@
 // UTF-8 to text of wide or 16-bit units.
 //
-// The limit counts bytes of the source and is looked at once a form: one that was begun is finished, up to two bytes past
-// it. Nothing behind the terminator is read: a form that it cuts is finished with zero bits.
+// The limit counts bytes of the source and is looked at once a form: one that was begun is finished, up to two bytes
+// past it. Nothing behind the terminator is read: a form that it cuts is finished with zero bits.
 #include <cstddef>
 #include <cstdint>
 

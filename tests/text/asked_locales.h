@@ -1,7 +1,7 @@
 // The names of locales that the library asks for.
 //
-// setlocale is replaced in this program (asked_locales.cpp), and the library finds the replacement first; it hands on to
-// the system's.
+// setlocale is replaced in this program (asked_locales.cpp), and the library finds the replacement first; it hands on
+// to the system's.
 #pragma once
 
 #include <string>

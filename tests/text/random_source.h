@@ -6,7 +6,8 @@
 
 namespace kvtest {
 
-/// Makes "/dev/urandom" one that can't be opened, or one that ends behind its first bytes, until the end of the process.
+/// Makes "/dev/urandom" one that can't be opened, or one that ends behind its first bytes, until the end of the
+/// process.
 void takeRandomSourceAway(bool isShort);
 
 /// Holds each thread that opens "/dev/urandom" until so many have come.
