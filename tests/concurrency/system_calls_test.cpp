@@ -151,7 +151,7 @@ TEST_F(ThreadCalls, AThreadThatCanNotBeStartedLeavesNoRecord) {
 
 TEST_F(ThreadCalls, AStackIsRoundedUpToWholePages) {
     const auto page = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
-    for (const std::uint64_t size : {30 * page - 1, 30 * page, 30 * page + 1}) {
+    for (const std::uint64_t size : {100 * page - 1, 100 * page, 100 * page + 1}) {
         scripted.stacks.clear();
         kvOSCloseThread(kvOSCreateThread(nullptr, size, nothing, nullptr));
         EXPECT_EQ(scripted.stacks, std::vector<std::size_t>{(size + page - 1) / page * page});
@@ -163,9 +163,10 @@ TEST_F(ThreadCalls, AStackIsRoundedUpToWholePages) {
 
 TEST_F(ThreadCalls, AStackThatIsRefusedAsTooSmallByTheStartBecomesTheDefault) {
     scripted.refusesOtherStacks = true;
-    kvOSThreadRec* const thread = kvOSCreateThread(nullptr, 65536, nothing, nullptr);
+    constexpr std::size_t kSmall = std::size_t{1} << 20;  // more than the least of any processor
+    kvOSThreadRec* const thread = kvOSCreateThread(nullptr, kSmall, nothing, nullptr);
     EXPECT_NE(thread, nullptr);
-    EXPECT_EQ(scripted.stacks, (std::vector<std::size_t>{65536, usualStack()}));
+    EXPECT_EQ(scripted.stacks, (std::vector<std::size_t>{kSmall, usualStack()}));
     kvOSCloseThread(thread);
 }
 
