@@ -91,7 +91,8 @@ TEST(UrlOpenCallback, TellsThatItCanNotGrowAndTakesWhatFits) {
     record.pBuf = &byte;
     record.qwBufSize = record.qwBufFill = std::uint64_t{1} << 62;  // full, and twice as much can't be had
     EXPECT_EQ(openGets(record, "abc"), 0u);
-    EXPECT_EQ(messages.text(), "Error - curl write callback buffer grow failed\n");
+    // A sanitizer has its own word to say about so much memory.
+    EXPECT_EQ(messages.count("Error - curl write callback buffer grow failed\n"), 1u) << messages.text();
     EXPECT_EQ(record.pBuf, &byte);
     EXPECT_EQ(record.qwBufFill, std::uint64_t{1} << 62);
     EXPECT_EQ(byte, '?');
