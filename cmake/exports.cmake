@@ -32,7 +32,9 @@ if(APPLE)
 else()
   set(linker_list ${PROJECT_BINARY_DIR}/generated/kvutil.map)
   file(CONFIGURE OUTPUT ${linker_list} CONTENT "${version_script}" @ONLY)
-  target_link_options(kvutil PRIVATE LINKER:--version-script=${linker_list})
+  # Once loaded it stays: a host that unloads it would take the log's buffer away from the C library, which still writes
+  # that out at the end, and the code away from threads that are about to leave it.
+  target_link_options(kvutil PRIVATE LINKER:--version-script=${linker_list} LINKER:-z,nodelete)
   # A sanitizer's calls are found in the program. The linker of macOS refuses undefined names by itself.
   if(NOT KVUTIL_SANITIZE)
     target_link_options(kvutil PRIVATE LINKER:--no-undefined)

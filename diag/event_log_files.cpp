@@ -11,9 +11,8 @@
 #include <string_view>
 #include <sys/time.h>
 
+#include "diag/listed_files.h"
 #include "errlog.h"
-#include "kvos/attributes.h"
-#include "kvos/find.h"
 
 namespace kv::diag {
 namespace {
@@ -32,12 +31,6 @@ std::uint32_t numberIn(std::string_view name) {
     const auto number = static_cast<std::uint32_t>(std::strtoul(digits.c_str(), nullptr, 10));
     return std::min(number, 0u - number);
 }
-
-struct FindCloser {
-    std::int64_t find;
-
-    ~FindCloser() { kvOSFindClose(find); }
-};
 
 std::string printed(const char* format, int a, int b, int c) {
     char text[64];
@@ -58,16 +51,11 @@ EventTime eventTime() {
 }
 
 std::uint32_t findEventFiles(std::vector<std::string>& names) {
-    kvOSFindData entry;
-    const std::int64_t find = kvOSFindFirstFile(KVEVENTLOG_FOLDER "*.csv", &entry);
-    if (find == KVFIND_INVALID) return 0;
-    const FindCloser closer{find};
     std::uint32_t highest = 0;
-    do {
-        if ((entry.dwAttributes & KVATTR_DIRECTORY) != 0) continue;
+    forEachFile(KVEVENTLOG_FOLDER "*.csv", [&](const kvOSFindData& entry) {
         names.emplace_back(entry.szName);
         highest = std::max(highest, numberIn(entry.szName));
-    } while (kvOSFindNextFile(find, &entry) != 0);
+    });
     return highest;
 }
 

@@ -139,17 +139,27 @@ private:
     char* end_;  // where the terminator stands at the latest
 };
 
+/// A conversion can fail, as that of a wide letter that the locale can't write. What came ahead of it is the message,
+/// or where nothing did, the format.
+std::size_t lengthOfFailed(char* out, std::size_t size, const char* format) {
+    out[size - 1] = '\0';
+    if (*out == '\0') {
+        const std::size_t length = strnlen(format, size - 1);
+        std::memcpy(out, format, length);
+        out[length] = '\0';
+    }
+    return std::strlen(out);
+}
+
 }  // namespace
 
 std::size_t formatMessage(char* out, std::size_t size, const char* format, std::va_list arguments) {
     Formatter formatter(out, size);
     Arguments copied(arguments);
     if (formatter.format(format, copied)) return formatter.length();
+    *out = '\0';
     const int length = std::vsnprintf(out, size, format, arguments);
-    if (length < 0) {
-        *out = '\0';
-        return 0;
-    }
+    if (length < 0) return lengthOfFailed(out, size, format);
     return static_cast<std::size_t>(length) < size ? static_cast<std::size_t>(length) : size - 1;
 }
 

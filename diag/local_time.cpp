@@ -6,6 +6,7 @@
 #include <cstring>
 #include <sys/time.h>
 
+#include "border/guard.h"
 #include "border/text.h"
 #include "errlog.h"
 
@@ -56,6 +57,7 @@ std::string_view LineStamp::of(const Moment& moment) noexcept {
 
 std::uint32_t ErrGetMs(char* pBuffer) {
     if (pBuffer == nullptr) return 0;
+    const kv::border::KeepErrno keep;  // a zone that is not there is looked for
     char text[16];
     kv::diag::writeClockTime(kv::diag::localFields(kv::diag::wallClock()), text);
     kv::border::copyText(pBuffer, 9, text);

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <string_view>
 
 #include "kvos/time.h"
@@ -52,6 +53,8 @@ bool LogFile::open(const char* path) noexcept {
     stream_ = std::fopen(path, "w+");
     if (stream_ == nullptr) stream_ = std::fopen(path, "w");
     if (stream_ == nullptr) return false;
+    // A program that outlives the log would keep its room on the disk.
+    fcntl(fileno(stream_), F_SETFD, FD_CLOEXEC);
     std::setvbuf(stream_, sStreamBuffer, _IOFBF, sizeof sStreamBuffer);
     position_ = 0;
     return true;

@@ -9,9 +9,8 @@
 
 #include "border/guard.h"
 #include "border/text.h"
+#include "diag/listed_files.h"
 #include "errlog.h"
-#include "kvos/attributes.h"
-#include "kvos/find.h"
 
 namespace kv::diag {
 namespace {
@@ -19,33 +18,11 @@ namespace {
 /// Creation time and name, so that equal times fall in the order of names.
 using DatedFile = std::pair<std::uint64_t, std::string>;
 
-/// Ends a search with its scope.
-class EndOfSearch {
-public:
-    explicit EndOfSearch(std::int64_t search) : search_(search) {}
-    ~EndOfSearch() { kvOSFindClose(search_); }
-    EndOfSearch(const EndOfSearch&) = delete;
-    EndOfSearch& operator=(const EndOfSearch&) = delete;
-
-private:
-    std::int64_t search_;
-};
-
-/// What is neither a file nor a folder has no attributes, told by all bits: it counts as a file.
-bool isFolder(const kvOSFindData& entry) {
-    return entry.dwAttributes != KVATTR_INVALID && (entry.dwAttributes & KVATTR_DIRECTORY) != 0;
-}
-
 std::vector<DatedFile> filesOf(const std::string& pattern) {
     std::vector<DatedFile> files;
-    kvOSFindData entry;
-    const std::int64_t search = kvOSFindFirstFile(pattern.c_str(), &entry);
-    if (search == KVFIND_INVALID) return files;
-    const EndOfSearch end(search);
-    do {
-        if (isFolder(entry)) continue;
+    forEachFile(pattern.c_str(), [&files](const kvOSFindData& entry) {
         files.emplace_back(std::uint64_t{entry.ftCreation.dwHigh} << 32 | entry.ftCreation.dwLow, entry.szName);
-    } while (kvOSFindNextFile(search, &entry) != 0);
+    });
     return files;
 }
 

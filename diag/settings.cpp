@@ -117,6 +117,7 @@ void readServerName() {
 }  // namespace kv::diag
 
 char* _ReadRegSettings(void) {
+    const kv::border::KeepErrno keep;
     for (const auto& one : kv::diag::kSwitches) kv::diag::readSwitch(one);
     kv::diag::readConfiguredName();
     if (gszLogName[0] == '\0') kv::diag::readServerName();

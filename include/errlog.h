@@ -194,8 +194,10 @@ KVUTIL_API uint32_t ErrLogPut(uint32_t dwCode, const char *pText);
  * Reads one message of the list back. For a reader that goes on from message to message the way is one step a call: the
  * place of the last one returned is kept, one for the whole process.
  *
- * @param dwIndex  the number wanted; the next one is taken where it is missing. 0: the oldest kept. 0xFFFFFFFF: returns
- *                 the number one past the newest (meant: count plus first number, so gaps make it lower).
+ * @param dwIndex  the number wanted; the next one is taken where it is missing. 0: number 0 or, once 1000 numbers are
+ *                 used up, the number 1000 behind the next one. Meant: where gaps have kept older messages in the list,
+ *                 that is not the oldest, and may be missing. 0xFFFFFFFF: returns the number one past the newest
+ * (meant: count plus first number, so gaps make it lower).
  * @param dwForm   KVERRLOG_FORM_...
  * @param pdwNumber, pdwCode  null, or receive number and code.
  * @param pdwReserved1, pdwReserved2, pdwReserved3, pdwReserved4  null, or set to 0.
@@ -231,7 +233,8 @@ KVUTIL_API uint32_t ErrLogGet(uint32_t dwIndex, uint32_t dwForm, uint32_t *pdwNu
  *
  * @param nMode  KVERRLOG_MODE_...
  * @param pName  null counts as empty; read by two modes and written by one, in a buffer of 4096 bytes. Meant: a name
- *               without "/" is its own directory, as kvOSSplitPath tells, so begin it with "./".
+ *               without "/" behind its first character is its own directory, as kvOSSplitPath tells: so "./run.log" and
+ *               "//run.log", not "run.log" and "/run.log".
  *
  * Last error: kept, but ENAMETOOLONG for a name that does not fit; in mode 0 no name is then left.
  */
@@ -281,7 +284,8 @@ KVUTIL_API uint32_t ErrGetMs(char *pBuffer);
  * KVERRLOG_MODE_FILE or ErrLogSetFileName. Only while gfErrLogListValid is still 1, because no file of an earlier
  * ErrLogSetFileName had been opened to be closed here, does the next message open it.
  *
- * @param pPath  null: closes only. Does nothing at all while gfEnableList is 0.
+ * @param pPath  null: closes only. Does nothing at all while gfEnableList is 0. Meant: without "/" behind its first
+ *               character it is its own directory, as in KVERRLOG_MODE_FILE.
  *
  * Last error: kept, but ENAMETOOLONG for a name that does not fit, and that of kvOSFullPath when it fails; either
  *             changes no name.
@@ -297,7 +301,7 @@ KVUTIL_API uint32_t ErrLogSetName(const char *pPath);
  *
  * Meant: while gszLogName is empty, all that _ReadRegSettings reads is read anew, whatever gfReadReg says, and stored
  * over the switches. Should it stay empty, a first "run" makes it "run.log", which as a name without "/" is its own
- * directory: a second "next" then gives "run.log/next.log", which can't be opened.
+ * directory, as "/run.log" is: a second "next" then gives "run.log/next.log", which can't be opened.
  *
  * @param pBase  a name without directory and extension; "korvane_log_" stands in the file's name for one that is empty
  *               or begins with a blank. Null: closes only. Does nothing at all while gfEnableList is 0.

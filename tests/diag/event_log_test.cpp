@@ -10,6 +10,7 @@
 #include <memory>
 #include <regex>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
 
 #include "errlog.h"
@@ -377,6 +378,16 @@ TEST_F(EventFolder, FilesAreFoundInTheOrderOfTheFindCalls) {
     Names names{"kept"};
     EXPECT_EQ(found(&names), 7u);
     EXPECT_EQ(names, (Names{"kept", "A_2_x.csv", "b_7_x.csv", "event.csv"}));
+}
+
+TEST_F(EventFolder, WhatIsNoFolderCounts) {
+    makeFolder();
+    make("event_0000000008_x.csv");
+    ASSERT_EQ(mkfifo(KVEVENTLOG_FOLDER "event_0000000009_x.csv", 0600), 0);
+    ASSERT_EQ(mkdir(KVEVENTLOG_FOLDER "event_0000000010_x.csv", 0700), 0);
+    Names names;
+    EXPECT_EQ(found(&names), 9u);
+    EXPECT_EQ(names.size(), 2u);
 }
 
 TEST_F(EventFolder, AMissingFolderHoldsNothing) {

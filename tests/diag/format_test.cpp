@@ -2,6 +2,7 @@
 #include <climits>
 #include <cstdint>
 #include <cstdio>
+#include <cwchar>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
@@ -56,6 +57,15 @@ TEST_F(Format, Texts) {
     check("<%s>", missing);
     check("<%d|%s|%d>", 1, missing, 2);
     check("<%ls>", L"wide");
+}
+
+// In the "C" locale no letter beyond ASCII can be written.
+TEST_F(Format, WhatCameAheadOfAConversionThatFailsIsReported) {
+    check("%s %d|%ls", "path", 7, L"\u00E9");
+    check("%s %lc", "path", static_cast<wint_t>(0xE9));
+    ErrLogSetMode(-1, nullptr);
+    ErrOut("%ls", L"\u00E9");
+    EXPECT_EQ(kvtest::get(0).text, "%ls");
 }
 
 TEST_F(Format, MixesOfBoth) {

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <map>
@@ -325,6 +326,22 @@ TEST_F(LogFile, OnAFullDiskNothingFailsAndTheListGoesOn) {
     }
     EXPECT_EQ(listed().size(), 500u);
     EXPECT_EQ(gfEnableLog, 1u);
+}
+
+TEST_F(LogFile, IsWholeWhenAPlugInThatWroteItWasUnloaded) {
+    const std::string command = "LOG_FILE=" + (folder / "plugged.log") + " " PLUG_IN_HOST " " KVUTIL_LIBRARY_PATH;
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const auto names = namesIn(folder.path());
+    ASSERT_EQ(names.size(), 1u);
+    const std::string text = readLog(folder / names[0]).allText();
+    EXPECT_NE(text.find("last"), std::string::npos) << text;
+}
+
+TEST_F(LogFile, IsNotInheritedByPrograms) {
+    nameFile();
+    ErrLogPut(0, "\na");
+    const std::string command = "ls -l /proc/self/fd | grep -qF '" + logPath() + "'";
+    EXPECT_NE(std::system(command.c_str()), 0);
 }
 
 TEST_F(LogFile, EightThreadsReportAndNothingIsLostOrDoubled) {

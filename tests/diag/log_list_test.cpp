@@ -176,6 +176,14 @@ TEST_F(LogList, OneGapIsSteppedOverAndTwoAreNot) {
     EXPECT_EQ(get(3).number, 4u);  // backwards past the gap and forwards to its end
 }
 
+TEST_F(LogList, FromAThousandNumbersOnAReaderBeginsAThousandBehindTheNext) {
+    put(10);
+    for (int i = 0; i < 1500; ++i) ErrLogPut(0, "");
+    EXPECT_EQ(d_ListCount(&gErrLogList), 10u);
+    EXPECT_EQ(get(0).next, kNone);  // 510 is missing, and so is 511
+    EXPECT_EQ(get(9).number, 9u);
+}
+
 TEST_F(LogList, WayBackPastTheOldestEndsAtIt) {
     put(1100);
     EXPECT_EQ(get(1099).number, 1099u);
@@ -242,9 +250,12 @@ TEST_F(LogList, HostMayHoldItsLockAndReport) {
 }
 
 TEST_F(LogList, NoCallDisturbsTheCallersErrno) {
+    setenv("TZ", "Nowhere/City", 1);
     nameFile();
     char name[4096] = "/nowhere/at/all/x.log";
     errno = 4711;
+    char clock[9];
+    ErrGetMs(clock);
     put(5);
     get(2);
     get(9);

@@ -207,6 +207,7 @@ TEST(Report, NoCallDisturbsTheCallersErrno) {
         [] { _DbgOut("x"); },
         [] { _DbgOutString(0, "x"); },
         [] { FormatWinMsg(kError); },
+        [] { _ReadRegSettings(); },
     };
     std::string disturbed;
     for (std::size_t i = 0; i < std::size(calls); ++i) {
