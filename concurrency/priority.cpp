@@ -10,6 +10,7 @@
 #include <sched.h>
 #include <sys/resource.h>
 
+#include "border/guard.h"
 #include "border/relaxed.h"
 #include "concurrency/priority_range.h"
 #include "concurrency/record.h"
@@ -60,7 +61,7 @@ int getPriority(kvOSThreadRec& thread, std::int32_t& priority) {
     int policy = 0;
     sched_param parameters{};
     const int error = pthread_getschedparam(thread.thread, &policy, &parameters);
-    if (error == 0) priority = priorityOf(parameters.sched_priority, rangeOf(policy));
+    if (error == 0) priority = priorityOf(parameters.sched_priority, rangeOf(platform::plainPolicy(policy)));
     return error;
 }
 
@@ -90,11 +91,13 @@ uint32_t kvOSGetPriorityClass(int32_t nProcess) {
 
 uint32_t kvOSSetThreadPriority(kvOSThreadRec* pThread, int32_t nPriority) {
     if (!concurrency::isReal(pThread)) return 0;
+    const kv::border::KeepErrno keep;
     return concurrency::worked(concurrency::setPriority(*pThread, nPriority)) ? 1 : 0;
 }
 
 int32_t kvOSGetThreadPriority(kvOSThreadRec* pThread) {
     if (!concurrency::isReal(pThread)) return 0;
+    const kv::border::KeepErrno keep;
     std::int32_t priority = 0;
     return concurrency::worked(concurrency::getPriority(*pThread, priority)) ? priority : 0;
 }

@@ -16,6 +16,8 @@
 // - A buffer for a path, or for a part of one, holds 4096 bytes; one for the extension of a name at least 256. What the
 //   library writes into them never exceeds that: a path that does not fit is refused, or its buffer left empty, as the
 //   call says.
+// - No thread is cancelled (pthread_cancel) while it may be in a call of the library, but for waits for an event: the
+//   process would end. A host's callback leaves by returning.
 // - Any other buffer holds what its count says, or what the call's docstring says.
 // - Where a docstring says "not checked", a wrong handle or pointer is undefined behaviour.
 #ifndef KVOS_H

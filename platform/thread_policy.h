@@ -15,6 +15,9 @@ inline constexpr std::int32_t kFirstInFirstOut = 4;
 /// The system's number for a caller's: its own for first-in-first-out, any other number as it is.
 int systemPolicy(std::int32_t policy) noexcept;
 
+/// The policy alone, of what the system tells of a thread.
+int plainPolicy(int told) noexcept;
+
 /// Makes the thread's work due within a part of the bus's second: a short period, of which it gets a twentieth. A
 /// failure is not told.
 void setTimeConstraint(pthread_t thread) noexcept;

@@ -136,7 +136,9 @@ KVUTIL_API uint32_t kvOSSetPriorityClass(int32_t nProcess, uint32_t dwClass);
 /**
  * The class that a process's nice value belongs to: idle above 17, real time below -17, high below -9, else normal.
  *
- * @param nProcess  0 or kvOSGetCurrentProcess() for the own one. Meant: a process that does not exist is normal.
+ * @param nProcess  kvOSGetCurrentProcess() for the own one. Where the system keeps the nice value by thread, as Linux
+ *                  does, that asks the main thread, and 0 the calling one, whose value kvOSSetPriorityClass changes.
+ *                  Meant: a process that does not exist is normal.
  */
 KVUTIL_API uint32_t kvOSGetPriorityClass(int32_t nProcess);
 

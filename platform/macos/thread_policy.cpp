@@ -40,6 +40,8 @@ static_assert(SCHED_FIFO == kFirstInFirstOut);
 
 int systemPolicy(std::int32_t policy) noexcept { return policy; }
 
+int plainPolicy(int told) noexcept { return told; }
+
 void setTimeConstraint(pthread_t thread) noexcept {
     const std::uint32_t frequency = busFrequency();
     const mach_port_t port = pthread_mach_thread_np(thread);

@@ -6,6 +6,7 @@
 #include <sched.h>
 #include <string>
 #include <sys/resource.h>
+#include <thread>
 
 #include "concurrency/owned_thread.h"
 #include "concurrency/priority_range.h"
@@ -78,6 +79,18 @@ TEST(PriorityClass, IsToldByTheNiceValue) {
     }
 }
 
+TEST(PriorityClass, OfTheProcessIsThatOfItsMainThread) {
+    std::uint32_t own = 0;
+    std::uint32_t process = 0;
+    std::thread([&] {
+        kvOSSetPriorityClass(kvOSGetCurrentProcess(), KVPRIORITY_CLASS_IDLE);
+        own = kvOSGetPriorityClass(0);
+        process = kvOSGetPriorityClass(kvOSGetCurrentProcess());
+    }).join();
+    EXPECT_EQ(own, KVPRIORITY_CLASS_IDLE);
+    EXPECT_EQ(process, KVPRIORITY_CLASS_NORMAL);
+}
+
 TEST(PriorityClass, OfAProcessThatIsNotThereIsNormal) { EXPECT_EQ(kvOSGetPriorityClass(0x7FFFFFFF), 32u); }
 
 int systemPriorityOf(kvOSThreadRec* thread, int& policy) {
@@ -130,6 +143,17 @@ TEST(ThreadPriority, LowestMiddleAndHighestComeBack) {
     EXPECT_EQ(kvOSGetThreadPriority(thread.record()), 15);
 }
 
+#ifdef SCHED_RESET_ON_FORK
+TEST(ThreadPriority, IsToldWhereChildrenDoNotInheritThePolicy) {
+    if (!mayBeFirstInFirstOut()) GTEST_SKIP() << "the system refuses first-in-first-out scheduling";
+    IdleThread thread;
+    sched_param parameters{};
+    parameters.sched_priority = sched_get_priority_max(SCHED_FIFO);
+    ASSERT_EQ(pthread_setschedparam(thread.record()->thread, SCHED_FIFO | SCHED_RESET_ON_FORK, &parameters), 0);
+    EXPECT_EQ(kvOSGetThreadPriority(thread.record()), 15);
+}
+#endif
+
 TEST(ThreadPriority, SharesAreRoundedDownBothWays) {
     if (!mayBeFirstInFirstOut()) GTEST_SKIP() << "the system refuses first-in-first-out scheduling";
     const int minimum = sched_get_priority_min(SCHED_FIFO);
@@ -178,7 +202,9 @@ TEST(ThreadPriority, OfAPolicyThatTheSystemDoesNotKnowIsRefused) {
     const PolicyFor unknown(77);
     IdleThread thread;
     CapturedMessages messages;
+    errno = 4711;
     EXPECT_EQ(kvOSSetThreadPriority(thread.record(), 0), 0u);
+    EXPECT_EQ(errno, 4711);
     EXPECT_EQ(messages.count("Unable to set thread priority = 0x00000016 (22) "), 1u) << messages.text();
 }
 
@@ -189,7 +215,8 @@ TEST(ThreadPriority, ThatTheSystemRefusesIsTold) {
         const rlimit none{0, 0};
         setrlimit(RLIMIT_RTPRIO, &none);
         IdleThread thread;
-        return kvOSSetThreadPriority(thread.record(), 0) == 0;
+        errno = 4711;
+        return kvOSSetThreadPriority(thread.record(), 0) == 0 && errno == 4711;
     }));
     EXPECT_EQ(messages.count("Unable to set thread priority = 0x00000001 (1) "), 1u) << messages.text();
 }
