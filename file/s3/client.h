@@ -4,6 +4,7 @@
 // makeClient without being noticed. A client may be used by several threads at once.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -84,6 +85,7 @@ struct GetObjectRequest {
     std::string key;
     std::string range;                 // "bytes=0-99", or empty for the whole object
     std::span<std::byte> destination;  // receives the body; what does not fit is dropped, and then the transfer ended
+    std::atomic<std::uint64_t>* arrived = nullptr;  // null, or told how many bytes stand in the destination by now
 };
 struct ObjectBody {
     std::uint64_t contentLength = 0;  // what the answer announced, or what came where it announced nothing

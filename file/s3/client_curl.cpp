@@ -159,7 +159,7 @@ Answer<ObjectHead> CurlClient::headObject(const HeadObjectRequest& request) {
 
 Answer<ObjectBody> CurlClient::fetch(const GetObjectRequest& request, const std::atomic<bool>* abandon) {
     const std::optional<ByteRange> range = rangeIn(request.range);
-    ObjectSink sink(request.destination, range);
+    ObjectSink sink(request.destination, range, request.arrived);
     Operation operation{.method = "GET", .bucket = request.bucket, .key = request.key};
     operation.sink = &sink;
     operation.abandon = abandon;

@@ -47,8 +47,10 @@ std::optional<ByteRange> rangeIn(std::string_view text) {
     return ByteRange{*first, *last};
 }
 
-ObjectSink::ObjectSink(std::span<std::byte> destination, std::optional<ByteRange> range)
-    : destination_(destination), range_(range) {
+ObjectSink::ObjectSink(std::span<std::byte> destination, std::optional<ByteRange> range,
+                       std::atomic<std::uint64_t>* arrived)
+    : destination_(destination), range_(range), arrived_(arrived) {
+    if (arrived_ != nullptr) arrived_->store(0, std::memory_order_relaxed);
     if (range_ && range_->last != kNoEnd) {
         destination_ = destination_.first(
             static_cast<std::size_t>(std::min<std::uint64_t>(destination_.size(), range_->last - range_->first + 1)));
@@ -94,6 +96,7 @@ bool ObjectSink::take(std::span<const std::byte> bytes) {
     const std::size_t taken = std::min(room, bytes.size());
     if (taken > 0) std::memcpy(destination_.data() + received_, bytes.data(), taken);
     received_ += taken;
+    if (arrived_ != nullptr) arrived_->store(received_, std::memory_order_release);
     // Of a body without a length, only the first byte too many tells that it goes on.
     const bool goesOn = taken < bytes.size() || onItsWay_.value_or(0) > 0;
     return received_ < destination_.size() || !goesOn;

@@ -4,6 +4,7 @@
 // that sends the whole object instead of a range, the range is taken out of the stream.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -25,7 +26,8 @@ std::optional<ByteRange> rangeIn(std::string_view text);
 
 class ObjectSink final : public BodySink {
 public:
-    ObjectSink(std::span<std::byte> destination, std::optional<ByteRange> range);
+    /// `arrived` is null, or told what stands in the destination by now, from 0 on.
+    ObjectSink(std::span<std::byte> destination, std::optional<ByteRange> range, std::atomic<std::uint64_t>* arrived);
 
     void begin(const AnswerHead& head) override;
     bool take(std::span<const std::byte> bytes) override;
@@ -39,6 +41,7 @@ private:
 
     std::span<std::byte> destination_;
     std::optional<ByteRange> range_;
+    std::atomic<std::uint64_t>* arrived_;
     std::uint64_t skip_ = 0;                  // bytes ahead of the range that are still to come
     std::optional<std::uint64_t> announced_;  // bytes of the range that the answer says will come
     std::optional<std::uint64_t> onItsWay_;   // bytes of the body that are still to come

@@ -12,9 +12,6 @@ namespace kvtest {
 
 inline constexpr std::uint32_t kBlock = 0x500000;
 inline constexpr std::uint64_t kMiB = 1048576;
-using Requests = std::vector<std::string>;
-
-inline s3::Error down() { return {"SlowDown", "Please reduce your request rate.", 503}; }
 
 inline int low(const void* address) { return static_cast<int>(reinterpret_cast<std::intptr_t>(address)); }
 

@@ -14,6 +14,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -32,6 +33,12 @@
 namespace kvtest {
 
 namespace s3 = kv::file::s3;
+
+/// In the order in which they came, each as FakeClient notes it.
+using Requests = std::vector<std::string>;
+
+/// What a store says that is too busy.
+inline s3::Error down() { return {"SlowDown", "Please reduce your request rate.", 503}; }
 
 /// Holds what is to be done, until somebody does it.
 class Later {
@@ -151,10 +158,13 @@ public:
     /// Bodies end after so many bytes, though more are announced.
     void setReceived(std::uint64_t bytes) { mostReceived_ = bytes; }
 
+    /// Called once, when half of the next body stands in the destination. What it returns ends the request.
+    void atHalf(std::function<std::optional<s3::Error>()> pause) { pause_ = std::move(pause); }
+
     /// "GetObject clip bytes=0-99", "PutObject part 10", and so on; all so far, or those of one operation.
-    std::vector<std::string> requests(std::string_view operation = {}) {
+    Requests requests(std::string_view operation = {}) {
         const std::lock_guard guard(lock_);
-        std::vector<std::string> all;
+        Requests all;
         for (const std::string& request : requests_) {
             if (request.starts_with(operation)) all.push_back(request);
         }
@@ -172,7 +182,7 @@ public:
     s3::Answer<s3::ObjectHead> headObject(const s3::HeadObjectRequest&) override { return s3::ObjectHead{}; }
 
     s3::Answer<s3::ObjectBody> getObject(const s3::GetObjectRequest& request) override {
-        const std::lock_guard guard(lock_);
+        std::unique_lock guard(lock_);
         if (auto error = noted("GetObject", request.bucket, request.key + ' ' + request.range)) return *error;
         const auto found = objects_.find(request.key);
         if (found == objects_.end()) return s3::Error{"NoSuchKey", "no " + request.key, 404};
@@ -182,7 +192,16 @@ public:
         if (from >= found->second.size) return s3::Error{"InvalidRange", "beyond the end", 416};
         const std::string body = found->second.read(from, std::min<std::uint64_t>(to + 1, found->second.size) - from);
         const std::size_t fits = std::min({body.size(), request.destination.size(), mostReceived_});
-        std::memcpy(request.destination.data(), body.data(), fits);
+        const auto arrive = [&](std::size_t count) {
+            std::memcpy(request.destination.data(), body.data(), count);
+            if (request.arrived != nullptr) *request.arrived = count;
+        };
+        if (const auto pause = std::exchange(pause_, nullptr)) {
+            arrive(fits / 2);
+            guard.unlock();
+            if (auto error = pause()) return *error;
+        }
+        arrive(fits);
         return s3::ObjectBody{body.size(), fits};
     }
 
@@ -295,10 +314,11 @@ private:
     std::map<int, StoredObject> copies_;
     std::map<std::string, std::deque<s3::Error>> refusals_;
     s3::Error refused_;
-    std::vector<std::string> requests_;
+    Requests requests_;
     std::vector<s3::CompletedPart> completedWith_;
     std::size_t pageSize_ = 1000;
     std::uint64_t mostReceived_ = UINT64_MAX;
+    std::function<std::optional<s3::Error>()> pause_;
     int tags_ = 0;
     Later* later_;
 };

@@ -1,16 +1,11 @@
 // The close of a written S3 object: the requests, in their order, and every message of every failure.
 //
 // The parts are put into the store by hand, as short as a test likes: nothing here looks at their length.
-#include "file/s3_fake_client.h"
+#include "file/s3_write_support.h"
 #include "support/captured_messages.h"
 
 namespace kvtest {
 namespace {
-
-using Requests = std::vector<std::string>;
-constexpr std::uint64_t kPart = 62914560;
-
-s3::Error down() { return {"SlowDown", "Please reduce your request rate.", 503}; }
 
 /// A handle on "clips/a.mxf" whose parts are stored as "P/a_1.mxf" and so on.
 struct Written {

@@ -31,13 +31,27 @@ public:
 
     std::function<bool()> action;
     std::optional<OwnedFile> file;
+    std::optional<OwnedFile> other;  // open until the end
     std::thread thread;
+    bool hasFailed = false;  // what the thread found
 };
 
 /// Made ahead of the first request, so that it goes behind what the library made with that.
 AtTheEnd& atTheEnd() {
     static AtTheEnd object;
     return object;
+}
+
+/// Prepares in a child process what is done at its end, and ends it. The action has to succeed, `message` to be said.
+/// What the action needs belongs into the object, since the frame of `prepare` is gone by then.
+void expectAtTheEnd(const std::function<void(AtTheEnd&)>& prepare, const char* message = "") {
+    EXPECT_EXIT(
+        {
+            alarm(kPatient);
+            prepare(atTheEnd());
+            std::exit(0);
+        },
+        testing::ExitedWithCode(kAsExpected), message);
 }
 
 bool failsWithAnError(const OwnedFile& file) {
@@ -60,68 +74,49 @@ protected:
 
 TEST_F(S3ProcessEnd, AReadThatWaitsForAnAbandonedRequestFails) {
     store.hold("GetObject");
-    EXPECT_EXIT(
-        {
-            alarm(kPatient);
-            AtTheEnd& end = atTheEnd();
+    expectAtTheEnd(
+        [&](AtTheEnd& end) {
             end.file.emplace(openForReading(clip()));
             s3cRequestBlock(end.file->handle(), 0, 1000000);
-            end.action = [&] { return failsWithAnError(*end.file); };
-            std::exit(0);
+            end.action = [&end] { return failsWithAnError(*end.file); };
         },
-        testing::ExitedWithCode(kAsExpected), "S3Error: Failure on second try read block 0-");
+        "S3Error: Failure on second try read block 0-");
 }
 
 TEST_F(S3ProcessEnd, AReaderInAnotherThreadIsReleased) {
     store.hold("GetObject");
-    EXPECT_EXIT(
-        {
-            alarm(kPatient);
-            AtTheEnd& end = atTheEnd();
-            end.file.emplace(openForReading(clip()));
-            s3cRequestBlock(end.file->handle(), 0, 1000000);
-            bool failed = false;
-            end.thread = std::thread([&] { failed = failsWithAnError(*end.file); });
-            end.action = [&] {
-                end.thread.join();
-                return failed;
-            };
-            std::exit(0);
-        },
-        testing::ExitedWithCode(kAsExpected), "");
+    expectAtTheEnd([&](AtTheEnd& end) {
+        end.file.emplace(openForReading(clip()));
+        s3cRequestBlock(end.file->handle(), 0, 1000000);
+        end.thread = std::thread([&end] { end.hasFailed = failsWithAnError(*end.file); });
+        end.action = [&end] {
+            end.thread.join();
+            return end.hasFailed;
+        };
+    });
 }
 
 TEST_F(S3ProcessEnd, BlocksThatAreThereAreStillRead) {
-    EXPECT_EXIT(
-        {
-            alarm(kPatient);
-            AtTheEnd& end = atTheEnd();
-            end.file.emplace(openForReading(clip()));
-            readSome(*end.file, 10);
-            end.action = [&] {
-                const std::string bytes = readSome(*end.file, 2);
-                return bytes.size() == 2 && bytes[0] == patternAt(10) && bytes[1] == patternAt(11);
-            };
-            std::exit(0);
-        },
-        testing::ExitedWithCode(kAsExpected), "");
+    expectAtTheEnd([&](AtTheEnd& end) {
+        end.file.emplace(openForReading(clip()));
+        readSome(*end.file, 10);
+        end.action = [&end] {
+            const std::string bytes = readSome(*end.file, 2);
+            return bytes.size() == 2 && bytes[0] == patternAt(10) && bytes[1] == patternAt(11);
+        };
+    });
 }
 
 TEST_F(S3ProcessEnd, AWrittenObjectIsStillFinished) {
-    EXPECT_EXIT(
-        {
-            alarm(kPatient);
-            AtTheEnd& end = atTheEnd();
-            const OwnedFile other = openForReading(clip());
-            readSome(other, 10);
-            end.file.emplace(openNew(store.locator("new.mxf")));
-            end.action = [&] {
-                kvOSWriteFile(end.file->handle(), "content", 7, nullptr, nullptr);
-                return end.file->close() == 1;
-            };
-            std::exit(0);
-        },
-        testing::ExitedWithCode(kAsExpected), "");
+    expectAtTheEnd([&](AtTheEnd& end) {
+        end.other.emplace(openForReading(clip()));
+        readSome(*end.other, 10);
+        end.file.emplace(openNew(store.locator("new.mxf")));
+        end.action = [&end] {
+            kvOSWriteFile(end.file->handle(), "content", 7, nullptr, nullptr);
+            return end.file->close() == 1;
+        };
+    });
     EXPECT_EQ(store.content("new.mxf"), "content");
 }
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -37,6 +38,16 @@ std::size_t openDescriptors() {
     return open;
 }
 
+/// The reason of a call that fails with this code and leaves nothing to look at.
+int reasonOf(int code, Shm& segment, bool create) {
+    errno = 0;
+    const int result = segment.CreateOrOpen(create);
+    const int reason = errno;
+    EXPECT_EQ(result, code);
+    EXPECT_EQ(segment.Data(), nullptr);
+    return reason;
+}
+
 TEST(SharedSegment, NothingIsOpenBeforeTheFirstCall) {
     const OwnName name("fresh");
     const Shm segment(name.withoutSlash(), 100);
@@ -49,9 +60,7 @@ TEST(SharedSegment, NothingIsOpenBeforeTheFirstCall) {
 TEST(SharedSegment, OpeningANameThatDoesNotExistGives120) {
     const OwnName name("none");
     Shm segment(name.withoutSlash(), 100);
-    EXPECT_EQ(segment.CreateOrOpen(false), 120);
-    EXPECT_EQ(errno, ENOENT);
-    EXPECT_EQ(segment.Data(), nullptr);
+    EXPECT_EQ(reasonOf(120, segment, false), ENOENT);
     EXPECT_FALSE(isThere(name));
 }
 
@@ -146,18 +155,26 @@ TEST(SharedSegment, NameThatCannotBeMadeGives100) {
 TEST(SharedSegment, SizeThatNobodyHasGives100) {
     const OwnName name("huge");
     Shm segment(name.withoutSlash(), std::size_t{1} << 62);
-    const int code = segment.CreateOrOpen(true);
-    EXPECT_EQ(code, 100);
-    EXPECT_NE(errno, 0);
-    EXPECT_EQ(segment.Data(), nullptr);
+    EXPECT_NE(reasonOf(100, segment, true), 0);
+}
+
+// A file system in memory takes any length; only the first touch of a page that it has no room for ends the process.
+TEST(SharedSegment, SizeBeyondTheRoomOfAllSegmentsGives100AndLeavesNoName) {
+    struct statvfs room {};
+    if (statvfs("/dev/shm", &room) != 0 || room.f_blocks == 0) GTEST_SKIP() << "segments have no limit here";
+    const OwnName name("room");
+    {
+        Shm segment(name.withoutSlash(), std::size_t{room.f_blocks} * room.f_frsize + 1);
+        EXPECT_EQ(reasonOf(100, segment, true), ENOSPC);
+    }
+    EXPECT_FALSE(isThere(name));
+    EXPECT_EQ(Shm(name.withoutSlash(), 4096).CreateOrOpen(true), 0);  // the room is free still
 }
 
 TEST(SharedSegment, SizeOfZeroCannotBeMapped) {
     const OwnName name("zero");
     Shm segment(name.withoutSlash(), 0);
-    EXPECT_EQ(segment.CreateOrOpen(true), 110);
-    EXPECT_EQ(errno, EINVAL);
-    EXPECT_EQ(segment.Data(), nullptr);
+    EXPECT_EQ(reasonOf(110, segment, true), EINVAL);
     EXPECT_TRUE(isThere(name));
 }
 

@@ -42,12 +42,6 @@ protected:
     ScratchFolder scratch_;
 };
 
-void expectSilentSuccess(const Outcome& run) {
-    EXPECT_EQ(run.exit, 0);
-    EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.err, "");
-}
-
 TEST_F(Cp, CopiesEveryByteOfEverySize) {
     for (const std::size_t size : {std::size_t{0}, std::size_t{1}, kMebi, 4 * kMebi, 4 * kMebi + 1, 9 * kMebi}) {
         makeFile(in("from"), manyBytes(size));

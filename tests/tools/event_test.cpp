@@ -46,10 +46,8 @@ TEST(Event, TextsThatWouldBreakTheLogAreRefused) {
 }
 
 TEST(Event, AFileThatCanNotBeWrittenIsTold) {
-    const Outcome run = runKv({"event", "name", "-f", "/no/such/events.csv"});
-    EXPECT_EQ(run.exit, 1);
-    EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.err, "kv: cannot open '/no/such/events.csv': No such file or directory\n");
+    expectFailure(runKv({"event", "name", "-f", "/no/such/events.csv"}),
+                  "kv: cannot open '/no/such/events.csv': No such file or directory\n");
 }
 
 TEST(Events, ShowsATable) {

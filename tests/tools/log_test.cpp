@@ -173,10 +173,7 @@ TEST(Log, RotateLeavesRoomForOne) {
 
 TEST(Log, WhatIsNotThereIsTold) {
     for (const char* command : {"tail", "dump", "html", "clear"}) {
-        const Outcome run = runKv({"log", command, "none.log"});
-        EXPECT_EQ(run.exit, 1);
-        EXPECT_EQ(run.out, "");
-        EXPECT_EQ(run.err, "kv: cannot open 'none.log': No such file or directory\n");
+        expectFailure(runKv({"log", command, "none.log"}), "kv: cannot open 'none.log': No such file or directory\n");
     }
     EXPECT_EQ(runKv({"log"}).exit, 2);
 }

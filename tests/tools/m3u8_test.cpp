@@ -86,10 +86,8 @@ TEST(M3u8, AListThatAFaultCutsOffIsNotTakenForTheWhole) {
             return isServed ? answerWithRange(request, list) : Answer{.status = 500, .reason = "Fault"};
         });
         for (const char* const action : {"info", "cat"}) {
-            const Outcome run = runKv({"m3u8", action, server.url("/list.m3u8")});
-            EXPECT_EQ(run.exit, 1);
-            EXPECT_EQ(run.out, "");
-            EXPECT_EQ(run.err, "kv: cannot read '" + server.url("/list.m3u8") + "': Input/output error\n");
+            expectFailure(runKv({"m3u8", action, server.url("/list.m3u8")}),
+                          "kv: cannot read '" + server.url("/list.m3u8") + "': Input/output error\n");
         }
     }
 }

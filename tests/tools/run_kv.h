@@ -1,4 +1,5 @@
-// Runs a program as a child process and keeps what it said. No shell is between: an argument arrives as it is written.
+// Runs a program as a child process and keeps what it said, and the two ways in which most runs end. No shell is
+// between: an argument arrives as it is written.
 #pragma once
 
 #include <cstddef>
@@ -69,6 +70,24 @@ private:
     std::FILE* file_;
 };
 
+/// A pipe that nobody reads any more.
+class BrokenPipe {
+public:
+    BrokenPipe() {
+        EXPECT_EQ(pipe(ends_), 0);
+        close(ends_[0]);
+        fcntl(ends_[1], F_SETFD, FD_CLOEXEC);
+    }
+    ~BrokenPipe() { close(ends_[1]); }
+    BrokenPipe(const BrokenPipe&) = delete;
+    BrokenPipe& operator=(const BrokenPipe&) = delete;
+
+    int end() const { return ends_[1]; }
+
+private:
+    int ends_[2];
+};
+
 inline Outcome runProgram(const char* program, std::vector<std::string> arguments, const Streams& streams = {}) {
     arguments.insert(arguments.begin(), program);
     std::vector<char*> argv;
@@ -101,6 +120,20 @@ inline Outcome runProgram(const char* program, std::vector<std::string> argument
 
 inline Outcome runKv(std::vector<std::string> arguments, const Streams& streams = {}) {
     return runProgram(KV_PROGRAM, std::move(arguments), streams);
+}
+
+/// It did what it was told, and had nothing to say.
+inline void expectSilentSuccess(const Outcome& run) {
+    EXPECT_EQ(run.exit, 0);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "");
+}
+
+/// It failed, and this message is all that it wrote.
+inline void expectFailure(const Outcome& run, std::string_view message) {
+    EXPECT_EQ(run.exit, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, message);
 }
 
 /// Every value of a byte, twice over, with line ends and zeros in the middle.

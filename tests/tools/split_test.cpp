@@ -52,10 +52,7 @@ TEST(Split, AnEmptyPathHasNoParts) {
 
 TEST(Split, APathTooLongIsTold) {
     const std::string path = "/" + std::string(4096, 'x');
-    const Outcome run = runKv({"split", path});
-    EXPECT_EQ(run.exit, 1);
-    EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.err, "kv: cannot split '" + path + "': File name too long\n");
+    expectFailure(runKv({"split", path}), "kv: cannot split '" + path + "': File name too long\n");
 }
 
 TEST(Split, BytesThatAreNoUtf8AreReplacedInJson) {

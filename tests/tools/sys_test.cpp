@@ -69,21 +69,15 @@ TEST(Sys, WatchEndsWhenItIsInterrupted) {
 }
 
 TEST(Sys, WatchEndsWithItsReader) {
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    close(ends[0]);
+    const BrokenPipe pipe;
     signal(SIGPIPE, SIG_IGN);  // inherited: the failed write has to be noticed
-    const Outcome run = runKv({"sys", "--watch", "0.05"}, {.out = ends[1]});
-    close(ends[1]);
+    const Outcome run = runKv({"sys", "--watch", "0.05"}, {.out = pipe.end()});
     EXPECT_EQ(run.exit, 1);
     EXPECT_EQ(run.err, "");
 }
 
 TEST(Sys, PathThatIsNotThereIsTold) {
-    const Outcome run = runKv({"sys", "/no/such/path"});
-    EXPECT_EQ(run.exit, 1);
-    EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.err, "kv: cannot look at '/no/such/path': No such file or directory\n");
+    expectFailure(runKv({"sys", "/no/such/path"}), "kv: cannot look at '/no/such/path': No such file or directory\n");
 }
 
 TEST(Sys, WrongUsage) {

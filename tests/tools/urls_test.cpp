@@ -86,11 +86,9 @@ TEST(UrlCommands, StatTellsTypeAndSize) {
 TEST(UrlCommands, HeadersAreNotTakenForTheFileWhereAServerRefusesToTellOfIt) {
     const Nginx server;
     server.makeDocument("/clip", manyBytes(1000));
-    const Outcome run = runKv({"cat", server.url("/nohead/clip")});
-    EXPECT_EQ(run.exit, 1);
-    EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.err, "kv: cannot read '" + server.url("/nohead/clip") +
-                           "': the server refuses to tell of files without sending them\n");
+    expectFailure(runKv({"cat", server.url("/nohead/clip")}),
+                  "kv: cannot read '" + server.url("/nohead/clip") +
+                      "': the server refuses to tell of files without sending them\n");
 }
 
 }  // namespace
