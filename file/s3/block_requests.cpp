@@ -106,6 +106,7 @@ BlockPointer makeBlock(kvOSFileHandle& file, const Range& range) {
     block->request.key = object.key;
     block->request.range = rangeText(*block);
     block->request.destination = {block->buffer.bytes.get(), block->buffer.size};
+    block->request.arrived = &block->arrived;
     return block;
 }
 

@@ -6,9 +6,11 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <thread>
 #include <utility>
 
+#include "kvos/memory.h"
 #include "kvos/time.h"
 
 namespace kv::file::s3 {
@@ -113,6 +115,22 @@ void BlockList::close() {
 void BlockList::waitFor(const Block& block) {
     std::unique_lock guard(lock_);
     while (!block.isFinished()) changed_.wait_for(guard, kPoll);
+}
+
+std::size_t BlockList::waitAndCopy(const Block& block, std::uint64_t offset, std::span<std::byte> target) {
+    std::size_t copied = 0;
+    std::unique_lock guard(lock_);
+    while (!block.isFinished()) {
+        changed_.wait_for(guard, kPoll);
+        // A repetition writes the bytes anew. None begins while the lock is held.
+        if (block.pData == nullptr || block.qwRetries > 0) continue;
+        const std::uint64_t arrived = block.arrived.load(std::memory_order_acquire);
+        const auto there =
+            static_cast<std::size_t>(std::clamp<std::uint64_t>(arrived, offset, offset + target.size()) - offset);
+        kvOSCopyMemory(target.data() + copied, block.pData + offset + copied, there - copied);
+        copied = there;
+    }
+    return block.hasFailed() || block.qwRetries > 0 ? 0 : copied;
 }
 
 void BlockList::waitFor(const Block& block, milliseconds longest) {

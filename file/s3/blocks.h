@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <vector>
 
 #include "file/handle.h"
@@ -40,6 +41,7 @@ struct Block : sCacheElem, std::enable_shared_from_this<Block> {
 
     GetObjectRequest request;
     Buffer buffer;
+    std::atomic<std::uint64_t> arrived = 0;  // bytes of the buffer that the request under way has filled
     std::weak_ptr<BlockList> list;
     std::atomic<int> contexts = 0;  // of its requests
 };
@@ -64,6 +66,9 @@ public:
     void close();
 
     void waitFor(const Block& block);
+    /// Waits, and meanwhile copies what arrives at `offset` in the block and behind it. Returns how much of the target
+    /// is as the finished block has it.
+    std::size_t waitAndCopy(const Block& block, std::uint64_t offset, std::span<std::byte> target);
     /// Waits, but not longer than this.
     void waitFor(const Block& block, std::chrono::milliseconds longest);
 

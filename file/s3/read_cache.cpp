@@ -38,42 +38,56 @@ void tellOverwrite(const BlockList& list, const Block& block, std::uint64_t offs
            printedAddress(static_cast<const sCacheElem*>(&block)));
 }
 
-/// Copies what a finished block holds at the position, moves on, and says how much it was; nothing of a failed block.
-std::uint32_t copyFrom(const Block& block, const BlockList& list, kvOSFileHandle& file, std::byte* target,
-                       std::uint32_t wanted) {
-    if (block.hasFailed()) return 0;
-    if (file.qwPos >= block.qwEnd) {
-        tellOverwrite(list, block, file.qwPos - block.qwStart, file.qwPos == block.qwEnd ? 0 : wanted);
-        return 0;
+/// What a read still has to fill. Its first bytes may have been copied while their block was under way.
+struct Target {
+    std::byte* next;
+    std::uint32_t wanted;
+    std::uint32_t ready = 0;
+
+    void moveOn(std::uint32_t count) {
+        next += count;
+        wanted -= count;
+        ready -= std::min(ready, count);
     }
-    const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(wanted, block.qwEnd - file.qwPos));
-    kvOSCopyMemory(target, block.pData + (file.qwPos - block.qwStart), count);
+};
+
+Target targetOf(void* destination, std::uint32_t bytes) { return {static_cast<std::byte*>(destination), bytes}; }
+
+/// Copies what a finished block holds at the position, and moves both on; nothing of a failed block.
+void copyFrom(const Block& block, const BlockList& list, kvOSFileHandle& file, Target& target) {
+    if (block.hasFailed()) return;
+    if (file.qwPos >= block.qwEnd) {
+        tellOverwrite(list, block, file.qwPos - block.qwStart, file.qwPos == block.qwEnd ? 0 : target.wanted);
+        return;
+    }
+    const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(target.wanted, block.qwEnd - file.qwPos));
+    const std::uint32_t ready = std::min(target.ready, count);
+    kvOSCopyMemory(target.next + ready, block.pData + (file.qwPos - block.qwStart) + ready, count - ready);
     file.qwPos += count;
-    return count;
+    target.moveOn(count);
 }
 
 void store(std::uint32_t* target, std::uint32_t count) {
     if (target != nullptr) *target = count;
 }
 
-bool readFromCache(kvOSFileHandle& file, void* destination, std::uint32_t bytes, std::uint32_t* bytesRead) {
+bool readFromCache(kvOSFileHandle& file, Target target, std::uint32_t* bytesRead) {
     const auto list = file.pObject->cache;
     if (!list || list->isEmpty()) return false;
     const std::uint64_t remembered = file.qwPos;
-    std::uint32_t copied = 0;
     while (const BlockPointer block = list->find(file.qwPos)) {
         list->waitFor(*block);
-        copied += copyFrom(*block, *list, file, static_cast<std::byte*>(destination) + copied, bytes - copied);
-        if (copied < bytes) continue;
+        copyFrom(*block, *list, file, target);
+        if (target.wanted > 0) continue;
         block->dwUsedMs = kvOSGetMs();
-        store(bytesRead, copied);
+        store(bytesRead, static_cast<std::uint32_t>(file.qwPos - remembered));
         return true;
     }
-    if (copied == 0 || file.qwPos < file.qwSize) {
+    if (file.qwPos == remembered || file.qwPos < file.qwSize) {
         file.qwPos = remembered;
         return false;
     }
-    store(bytesRead, copied);
+    store(bytesRead, static_cast<std::uint32_t>(file.qwPos - remembered));
     return true;
 }
 
@@ -81,12 +95,17 @@ void evictSurplus(Object& object) {
     if (object.cache) object.cache->evictDownTo(border::relaxedLoad(gdwS3MaxCacheBlocks));
 }
 
-bool readThroughRequest(kvOSFileHandle& file, void* destination, std::uint32_t bytes, std::uint32_t* bytesRead) {
-    const auto size = std::max<std::uint64_t>(bytes + kBeyondWanted, border::relaxedLoad(gdwS3DefaultCacheSize));
+bool readThroughRequest(kvOSFileHandle& file, Target target, std::uint32_t* bytesRead) {
+    const Object& object = *file.pObject;
+    const auto size =
+        std::max<std::uint64_t>(target.wanted + kBeyondWanted, border::relaxedLoad(gdwS3DefaultCacheSize));
     const BlockPointer block = requestBlock(file, file.qwPos, size);
-    if (block) file.pObject->cache->waitFor(*block);
+    if (block) {
+        target.ready = static_cast<std::uint32_t>(
+            object.cache->waitAndCopy(*block, file.qwPos - object.requestStart, {target.next, target.wanted}));
+    }
     evictSurplus(*file.pObject);
-    if (readFromCache(file, destination, bytes, bytesRead)) return true;
+    if (readFromCache(file, target, bytesRead)) return true;
     // Also where the block came well: another one that failed meanwhile may have taken it away.
     if (block) errno = EIO;
     return false;
@@ -103,14 +122,14 @@ bool loadNextBlock(kvOSFileHandle& file) {
     return true;
 }
 
-bool readWhole(kvOSFileHandle& file, void* destination, std::uint32_t bytes, std::uint32_t* bytesRead) {
-    if (readFromCache(file, destination, bytes, bytesRead)) {
+bool readWhole(kvOSFileHandle& file, Target target, std::uint32_t* bytesRead) {
+    if (readFromCache(file, target, bytesRead)) {
         border::atBorder(false, [&file] { return loadNextBlock(file); });  // what was read is read
         ++file.pObject->cacheHits;
         return true;
     }
     ++file.pObject->cacheMisses;
-    return readThroughRequest(file, destination, bytes, bytesRead);
+    return readThroughRequest(file, target, bytesRead);
 }
 
 /// Runs `body` with the record of an S3 handle; `failure` for all other handles, and when memory is short.
@@ -124,9 +143,12 @@ Result onObject(std::int64_t handle, Result failure, Body&& body) {
 
 Outcome readObject(kvOSFileHandle& file, void* buffer, const Transfer& transfer) {
     store(transfer.moved, 0);
-    if (file.qwPos > file.qwSize) return Outcome::failed;
+    if (file.qwPos > file.qwSize) {
+        if (file.qwPos == kNowhere) errno = EINVAL;
+        return Outcome::failed;
+    }
     return border::atBorder(Outcome::failed, [&] {
-        return readWhole(file, buffer, transfer.count, transfer.moved) ? Outcome::done : Outcome::failed;
+        return readWhole(file, targetOf(buffer, transfer.count), transfer.moved) ? Outcome::done : Outcome::failed;
     });
 }
 
@@ -149,7 +171,7 @@ sCacheElem* s3cRequestBlock(std::int64_t hFile, std::uint64_t qwStart, std::uint
 
 std::uint32_t s3cReadFromCache(std::int64_t hFile, void* pDestination, std::uint32_t dwBytes, std::uint32_t* pdwRead) {
     return s3::onObject(hFile, 0u, [&](kvOSFileHandle& file) {
-        return s3::readFromCache(file, pDestination, dwBytes, pdwRead) ? 1u : 0u;
+        return s3::readFromCache(file, s3::targetOf(pDestination, dwBytes), pdwRead) ? 1u : 0u;
     });
 }
 
@@ -163,7 +185,7 @@ std::uint32_t s3cDeleteOldestCacheBlock(std::int64_t hFile) {
 std::uint32_t s3cGetCacheAndRead(std::int64_t hFile, void* pDestination, std::uint32_t dwBytes,
                                  std::uint32_t* pdwRead) {
     return s3::onObject(hFile, 0u, [&](kvOSFileHandle& file) {
-        return s3::readThroughRequest(file, pDestination, dwBytes, pdwRead) ? 1u : 0u;
+        return s3::readThroughRequest(file, s3::targetOf(pDestination, dwBytes), pdwRead) ? 1u : 0u;
     });
 }
 
@@ -172,8 +194,9 @@ std::uint32_t s3cLoadNextCacheChunk(std::int64_t hFile) {
 }
 
 std::uint32_t s2cRead(std::int64_t hFile, void* pDestination, std::uint32_t dwBytes, std::uint32_t* pdwRead) {
-    return s3::onObject(
-        hFile, 0u, [&](kvOSFileHandle& file) { return s3::readWhole(file, pDestination, dwBytes, pdwRead) ? 1u : 0u; });
+    return s3::onObject(hFile, 0u, [&](kvOSFileHandle& file) {
+        return s3::readWhole(file, s3::targetOf(pDestination, dwBytes), pdwRead) ? 1u : 0u;
+    });
 }
 
 void s3cClose(std::int64_t hFile) {

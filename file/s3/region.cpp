@@ -38,7 +38,20 @@ void storeRegion(std::string_view text) {
     }
 }
 
+/// True while the thread fills the variable. The settings may lie in a store behind a redirect: the open of theirs
+/// comes back here.
+thread_local bool isFilling = false;
+
+struct Filling {
+    Filling() { isFilling = true; }
+    ~Filling() { isFilling = false; }
+    Filling(const Filling&) = delete;
+    Filling& operator=(const Filling&) = delete;
+};
+
 bool fillFromSettings() {
+    if (isFilling) return false;
+    const Filling filling;
     const auto stored = border::storedText(KVSTDCONFIG, kKey, kName);
     if (stored && stored->size() < sizeof gszAwsRegion) {
         storeRegion(*stored);
@@ -74,7 +87,8 @@ std::string regionIn(const std::string& message, const std::string& unknown) {
 
 std::string preferredRegion() {
     getAwsRegion();
-    return regionText();
+    std::string region = regionText();
+    return region.empty() ? kFirstRegion : region;
 }
 
 std::string regionOf(Client& client, const std::string& bucket, const std::string& asked, const std::string& unknown) {

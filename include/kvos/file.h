@@ -47,7 +47,7 @@ typedef struct kvOSOverlapped {
  *
  * Tried in this order: "mem://" in any case, in the text as given; then, in the text after the configured redirect, an
  * S3 object (in builds with S3 support), an HTTP, HTTPS or FTP URL, a local path. Two opens of one "mem://" text are
- * two empty files.
+ * two empty files. A local file is not handed on to programs that are started while it is open.
  *
  * @param path        UTF-8. A text of 4096 bytes or more, before or after the redirect, is refused with ENAMETOOLONG,
  *                    whatever it names.
@@ -96,7 +96,8 @@ KVUTIL_API int64_t kvOSCreateFileW(const wchar_t *path, uint32_t dwAccess, uint3
  *
  * At most three can be attached, to any handle opened for writing that is not a memory file. A local output is
  * truncated. kvOSSeek, kvOSSeekEnd, kvOSSetFilePointer, kvOSSetFilePointerEx, kvOSSetEndOfFile, kvOSFlushFileBuffers,
- * kvOSWriteFile, kvOSfputc, kvOSfputs, kvOSfprintf and kvOSCloseFile go to the outputs first.
+ * kvOSWriteFile, kvOSfputc, kvOSfputs, kvOSfprintf and kvOSCloseFile go to the outputs first. Meant: of an S3 handle
+ * they get nothing by kvOSWriteFile, and the text of the other three once instead of twice.
  *
  * @return 1, meant also when the output itself could not be opened (it then does not count); 0 for the handles 0 and
  *         -1, a memory file, a handle without KVFILE_WRITE, or one that has three outputs.
@@ -151,7 +152,8 @@ KVUTIL_API uint32_t kvOSReadFile(int64_t hFile, void *pBuffer, uint32_t dwCount,
                                  kvOSOverlapped *pOverlapped);
 
 /**
- * Writes dwCount bytes at the position and moves it on; attached outputs get the same bytes first.
+ * Writes dwCount bytes at the position and moves it on; attached outputs get the same bytes first, but for an S3
+ * handle's.
  *
  * A memory file grows without limit; a write beyond its end leaves the gap as whatever the buffer holds. On a local
  * file the bytes may stay in the stream's buffer until kvOSCloseFile, which is then the call that reports a full disk.

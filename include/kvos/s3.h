@@ -147,8 +147,9 @@ typedef struct sCacheElem {
  * The range ends at the end of the object. One that reaches it and holds at most 65,535 bytes begins 64 KiB ahead of
  * it, or at 0 in an object of at most 64 KiB.
  *
- * A request that fails is repeated three times, each after 2 ms. Meant: after the last failure it is the last block of
- * the list that goes, whichever failed; the failed one stays in the list, empty, if that was another.
+ * A request that fails is repeated three times, each after 2 ms; one at which nothing moves for 30 s has failed, so
+ * that a silent store holds a reader for two minutes. Meant: after the last failure it is the last block of the list
+ * that goes, whichever failed; the failed one stays in the list, empty, if that was another.
  *
  * @param qwSize  bytes.
  * @return the block; null for a start at or past the end of the object, for a size of 0, when memory is short, and when
@@ -207,9 +208,9 @@ KVUTIL_API uint32_t s3cLoadNextCacheChunk(int64_t hFile);
  * A whole read: from the blocks, with one more fetched ahead, or else by the way of a miss. Counts hits and misses.
  * Parameters, result, last error and messages are those of s3cGetCacheAndRead.
  *
- * Meant: nothing is fetched ahead of a miss. Reads of more than a block in order are all misses, each with a request of
- * its own, as the block that the last one left holds 64 KiB of what is wanted and the rest is nowhere; reads of at most
- * gdwS3DefaultCacheSize are served ahead.
+ * Meant: nothing is fetched ahead of a miss, and a read hits only if blocks hold the whole of it. Reads in order are
+ * served ahead where two of them fit in gdwS3DefaultCacheSize; of larger ones most are misses, and of more than half of
+ * it and 64 KiB all are, each with a request of its own.
  */
 KVUTIL_API uint32_t s2cRead(int64_t hFile, void *pDestination, uint32_t dwBytes, uint32_t *pdwRead);
 
@@ -227,7 +228,9 @@ KVUTIL_API void s3cClose(int64_t hFile);
  * What the object is then:
  * - The parts that this handle wrote, and nothing else: writing into an object that was there replaces the whole of it.
  *   Bytes between those written are zeros, and it ends with the last one written, though its old size may be more.
- * - It ends, with messages, ahead of a part of which not a byte was written.
+ *   Meant: a handle that was opened for reading may be written to, as the access is not looked at.
+ * - It ends, with messages, ahead of a part of which not a byte was written. Meant: the close has each such part copied
+ *   all the same, so that a write far behind the end costs a request for every 60 MiB that it passed over.
  * - A cut (kvOSSetEndOfFile) is the object's end; what was cut off never comes back, also where more is written behind.
  * - A cut to 0, or one of an object to which nothing was written, makes none: what was there before stays.
  * - Where a part that has to be filled up or shortened can't be loaded or stored, three times, no object is made. The

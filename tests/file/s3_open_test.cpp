@@ -193,6 +193,18 @@ TEST_F(S3Open, OutputsCanBeAttached) {
     EXPECT_EQ(file.record().dwOutputCount, 1u);
 }
 
+TEST_F(S3Open, OutputsGetNothingThatIsWrittenAndTextOnce) {
+    ScriptedStore store;
+    const ScratchFolder folder;
+    OwnedFile file = openFile(store.locator("clip"), KVFILE_WRITE, KVFILE_CREATE_ALWAYS);
+    ASSERT_EQ(kvOSAddOutputFile(file.handle(), (folder / "copy").c_str()), 1u);
+    EXPECT_EQ(kvOSWriteFile(file.handle(), "data", 4, nullptr, nullptr), 4u);
+    EXPECT_EQ(kvOSfputs("text", file.handle()), 0xFFFFFFFFu);  // as the write told no 1
+    file.close();
+    EXPECT_EQ(kvtest::contentOf(folder / "copy"), "text");
+    EXPECT_EQ(store.content("clip"), "datatext");
+}
+
 // ---- the count of users ----
 
 TEST_F(S3Open, EachHandleIsCountedOnce) {
@@ -349,6 +361,20 @@ TEST_F(S3Open, SettingsBehindTheStoreAreReadWithoutThem) {
     gszReDir_NewDir = to.data();
     CapturedMessages messages;
     EXPECT_TRUE(openForReading(store.locator("clip")).isOpen());
+    gszReDir_Source = gszReDir_NewDir = nullptr;
+}
+
+TEST_F(S3Open, SettingsBehindTheProvidersStoreAreReadWithoutTheRegion) {
+    ScriptedStore store;
+    store.put(atProvider("clip"), "x");
+    std::string from = std::string(std::getenv("HOME")) + "/Library";
+    std::string to = store.locator(atProvider("settings"));
+    gszReDir_Source = from.data();
+    gszReDir_NewDir = to.data();
+    gszAwsRegion[0] = '\0';
+    CapturedMessages messages;
+    EXPECT_TRUE(openForReading(store.locator(atProvider("clip"))).isOpen());
+    EXPECT_STREQ(gszAwsRegion, "us-east-1");
     gszReDir_Source = gszReDir_NewDir = nullptr;
 }
 

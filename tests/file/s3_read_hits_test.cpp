@@ -1,4 +1,7 @@
 // Reading S3 objects from blocks: hits and misses, and the block that is fetched ahead.
+#include <chrono>
+#include <thread>
+
 #include "file/s3_clip.h"
 #include "support/captured_messages.h"
 
@@ -34,6 +37,67 @@ TEST(S3Read, SeveralOfSixMebibytesInOrderAreMissesEachWithARequestOfItsOwn) {
     EXPECT_EQ(clip.file.object().cacheHits, 0u);
 }
 
+TEST(S3Read, OnesOfMoreThanHalfABlockInOrderAreMissesAsWell) {
+    Clip clip(20 * kMiB);
+    for (std::uint64_t i = 0; i < 4; ++i) clip.expectPattern(i * 4 * kMiB, 4 * kMiB);
+    EXPECT_EQ(clip.file.object().cacheMisses, 4u);
+    EXPECT_EQ(clip.file.object().cacheHits, 0u);
+}
+
+/// The room of a read, looked at while the read fills it.
+class Room {
+public:
+    explicit Room(std::size_t size) : bytes_(size, '?') {}
+
+    char* data() { return bytes_.data(); }
+    const std::string& bytes() const { return bytes_; }
+    /// Waits for the first byte of a read; false if it does not come within half a minute.
+    __attribute__((no_sanitize("thread"))) bool hasBegun() const {
+        const volatile char& first = bytes_.front();
+        for (int i = 0; i < 30000 && first == '?'; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        return first != '?';
+    }
+
+private:
+    std::string bytes_;
+};
+
+TEST(S3Read, BehindARequestIsCopiedWhileItsBlockArrives) {
+    Later later;
+    Clip clip(6 * kMiB, &later);
+    Room room(6 * kMiB);
+    bool hasBegun = false;
+    clip.client->atHalf([&] {
+        hasBegun = room.hasBegun();
+        return std::nullopt;
+    });
+    later.start(1);
+    std::uint32_t got = 0;
+    EXPECT_EQ(s2cRead(clip.handle(), room.data(), 6 * kMiB, &got), 1u);
+    EXPECT_TRUE(hasBegun);
+    EXPECT_EQ(got, 6 * kMiB);
+    EXPECT_TRUE(room.bytes() == patternFrom(0, 6 * kMiB));
+}
+
+TEST(S3Read, WhatWasCopiedOfARequestThatThenFailedIsReplaced) {
+    Later later;
+    Clip clip(6 * kMiB, &later);
+    Room room(6 * kMiB);
+    const std::string other(6 * kMiB, 'o');
+    StoredObject replacement = makePattern(other.size());
+    replacement.read = [&other](std::uint64_t from, std::uint64_t count) { return other.substr(from, count); };
+    clip.client->atHalf([&]() -> std::optional<s3::Error> {
+        EXPECT_TRUE(room.hasBegun());
+        clip.client->put("clip", replacement);
+        return down();
+    });
+    later.start(1);
+    CapturedMessages messages;
+    std::uint32_t got = 0;
+    EXPECT_EQ(s2cRead(clip.handle(), room.data(), 6 * kMiB, &got), 1u);
+    EXPECT_TRUE(room.bytes() == other);
+}
+
 TEST(S3Read, SmallOneRequestsABlock) {
     Clip clip(20 * kMiB);
     clip.expectPattern(7, 1);
@@ -53,6 +117,17 @@ TEST(S3Read, BeyondTheEndIsNotCountedButAtTheEndIsAMiss) {
     EXPECT_EQ(clip.file.object().cacheMisses, 0u);
     clip.expectMiss(1000, 10);
     EXPECT_EQ(clip.file.object().cacheMisses, 1u);
+}
+
+TEST(S3Read, BehindARefusedSeekFails) {
+    Clip clip(kMiB);
+    EXPECT_EQ(kvOSSeek(clip.handle(), -1), -1);
+    char byte = 0;
+    std::uint32_t got = 77;
+    errno = 0;
+    EXPECT_EQ(kvOSReadFile(clip.handle(), &byte, 1, &got, nullptr), 0u);
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(got, 0u);
 }
 
 TEST(S3Read, AcrossTheEndIsShortAndSucceeds) {
