@@ -8,6 +8,7 @@
 
 #include "border/guard.h"
 #include "errlog.h"
+#include "file/handle.h"
 #include "kvos/file.h"
 
 namespace kv::file {
@@ -28,7 +29,7 @@ public:
     Copied(const Copied&) = delete;
     Copied& operator=(const Copied&) = delete;
 
-    bool isOpen() const { return handle_ != KVFILE_INVALID && handle_ != 0; }
+    bool isOpen() const { return isValid(handle_); }
     std::int64_t handle() const { return handle_; }
     /// False if the data may not have arrived. A second call does nothing and says true.
     bool close() {
@@ -46,11 +47,20 @@ inline bool writeBlock(std::int64_t file, const void* block, std::uint32_t count
     return kvOSWriteFile(file, block, count, &written, nullptr) != 0 && written == count;
 }
 
-/// Writes at an offset through an open of its own.
-inline bool writeTail(const char* path, std::int64_t offset, const void* block, std::uint32_t count) {
-    Copied destination(kvOSCreateFile(path, KVFILE_WRITE, 1, nullptr, KVFILE_OPEN_EXISTING, 0, 0));
-    if (!destination.isOpen() || kvOSSeek(destination.handle(), offset) == -1) return false;
-    return writeBlock(destination.handle(), block, count) && destination.close();
+inline bool writeBlockAt(std::int64_t file, std::int64_t offset, const void* block, std::uint32_t count) {
+    return isValid(file) && kvOSSeek(file, offset) != -1 && writeBlock(file, block, count);
+}
+
+/// Whether a handle is that of an object, which is what was written through this one handle, from its close on: a
+/// second open would find none, or an older one that the close replaces.
+inline bool isMadeByClose(std::int64_t file) { return isValid(file) && recordOf(file).dwType == KVFILE_S3; }
+
+/// Writes the last block at an offset, through an open of its own where the file is there while it is written.
+inline bool writeTail(std::int64_t destination, const char* path, std::int64_t offset, const void* block,
+                      std::uint32_t count) {
+    if (isMadeByClose(destination)) return writeBlockAt(destination, offset, block, count);
+    Copied again(kvOSCreateFile(path, KVFILE_WRITE, 1, nullptr, KVFILE_OPEN_EXISTING, 0, 0));
+    return writeBlockAt(again.handle(), offset, block, count) && again.close();
 }
 
 /// How far a copy is, in thousandths, as far as 32 bits tell: a last block may go far beyond what was asked for. `all`

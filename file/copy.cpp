@@ -1,7 +1,8 @@
 // The plain copy.
 //
 // The last block goes through a second open of the destination: one that was opened for whole, unbuffered blocks could
-// not take it. What the result says of a copy without such a block is meant.
+// not take it. An object in a store, which is not there before its close, gets it through the first. What the result
+// says of a copy without such a block is meant.
 #include "kvos/copy.h"
 
 #include <cerrno>
@@ -22,7 +23,7 @@ std::uint32_t copyBlocks(std::int64_t source, std::int64_t destination, const ch
         std::uint32_t got = 0;
         const bool read = kvOSReadFile(source, block.get(), kBlock, &got, nullptr) != 0;
         if (got == 0) return read ? 0 : 1;  // meant, both
-        if (got < kBlock) return writeTail(path, offset, block.get(), got) ? 1 : 0;
+        if (got < kBlock) return writeTail(destination, path, offset, block.get(), got) ? 1 : 0;
         if (!writeBlock(destination, block.get(), got)) return 0;
     }
 }

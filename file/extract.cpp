@@ -64,7 +64,12 @@ Ended tellFailure(const char* call) {
     return Ended::failed;
 }
 
+/// What earlier calls left in errno must not pass for the reason of one that sets none: a position that is refused, or
+/// the end of an object, which is a read that fails.
+void forgetErrno() { errno = 0; }
+
 bool seekTo(const Copied& file, std::uint64_t offset) {
+    forgetErrno();
     return kvOSSeek(file.handle(), static_cast<std::int64_t>(offset)) != -1;
 }
 
@@ -75,6 +80,7 @@ Ended extractBlocks(const Copied& source, const Copied& destination, std::uint64
         std::uint32_t got = 0;
         std::uint32_t written = 0;
         const auto wanted = static_cast<std::uint32_t>(std::min(bytes - done, kBlock));
+        forgetErrno();
         if (kvOSReadFile(source.handle(), block.get(), wanted, &got, nullptr) == 0) return tellFailure("Read");
         if (got == 0) return refuseOnTheWay();
         if (kvOSWriteFile(destination.handle(), block.get(), got, &written, nullptr) == 0) return tellFailure("Write");

@@ -85,13 +85,13 @@ void readAll(kvOSFastCopyJob& job) {
 
 // ---- the writer --------------------------------------------------------------------------------------------------
 
-/// What a destination for whole blocks refused goes through an open that takes any length. Only the last block does:
-/// the writer stops behind it, and what the other buffer held would be lost.
+/// What a destination for whole blocks refused goes the way of a last block, which takes any length. Only the last
+/// block does: the writer stops behind it, and what the other buffer held would be lost.
 bool writeRefusedBlock(kvOSFastCopyJob& job, std::uint32_t buffer, std::uint32_t length) {
     usleep(kFailurePause_us);
     if (load(job.readDone) == 0 || load(job.lengths[buffer ^ 1]) != 0) return false;
     const auto offset = static_cast<std::int64_t>(load(job.offsets[buffer]));
-    return writeTail(job.destinationName, offset, job.buffers[buffer], length);
+    return writeTail(job.destination, job.destinationName, offset, job.buffers[buffer], length);
 }
 
 void tellProgress(const kvOSFastCopyJob& job, std::uint64_t total) {

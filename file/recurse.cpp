@@ -1,7 +1,7 @@
 // The walk over a directory tree on top of the find calls.
 //
-// One path buffer and one entry serve all levels: a level knows how much of the path is its own and cuts the rest off,
-// so that a deep tree costs little stack.
+// One path buffer, one pattern and one entry serve all levels: a level knows how much of the path is its own and cuts
+// the rest off, so that a deep tree costs little stack.
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
@@ -13,6 +13,7 @@
 #include "file/search.h"
 #include "kvos/attributes.h"
 #include "kvos/find.h"
+#include "kvos/locator.h"
 
 namespace kv::file {
 namespace {
@@ -58,10 +59,10 @@ private:
     /// Walks the directory whose text is in path_, and leaves path_ changed behind that text.
     std::uint32_t directoryInPath() {
         if (kvOSFileIsDir(path_) == 0) return kFailed;
-        if (!append("/")) return kFailed;
+        if (!append(path_, "/")) return kFailed;
         const std::size_t own = std::strlen(path_);
-        if (!append("*.*")) return kFailed;
-        Search search(path_, entry_);
+        if (!makePattern()) return kFailed;
+        Search search(pattern_, entry_);
         Results results;
         for (bool found = search.isOpen(); found; found = search.next()) {
             path_[own] = '\0';
@@ -71,13 +72,26 @@ private:
         return results.final();
     }
 
+    /// What finds all that the directory in path_ holds. In a local pattern a backslash quotes what follows it, so that
+    /// one of the directory's own is quoted, too: without that the walk would be of another directory.
+    bool makePattern() {
+        std::string_view rest = path_;
+        pattern_[0] = '\0';
+        if (kvOSUseAws(path_) == 0) {
+            for (std::size_t at; (at = rest.find('\\')) != std::string_view::npos; rest.remove_prefix(at + 1)) {
+                if (!append(pattern_, rest.substr(0, at)) || !append(pattern_, "\\\\")) return false;
+            }
+        }
+        return append(pattern_, rest) && append(pattern_, "*.*");
+    }
+
     /// False when the callback ends the walk of this directory.
     bool visit(Results& results) {
         const std::string_view name = entry_.szName;
         if (name == "." || name == "..") return true;
         const bool directory = isDirectory(entry_.dwAttributes);
         const bool isSlashed = name.ends_with('/');  // as the folders of a store are
-        if (!append(name) || (directory && !isSlashed && !append("/"))) return true;
+        if (!append(path_, name) || (directory && !isSlashed && !append(path_, "/"))) return true;
         if (!directory) return visitFile(results);
         visitDirectory(results);
         return true;
@@ -100,9 +114,9 @@ private:
         return result == 0;
     }
 
-    /// What has no room in the path is left out, and the walk fails in the end, whichever level it was on.
-    bool append(std::string_view text) {
-        if (border::appendPath(path_, text)) return true;
+    /// What has no room in a path is left out, and the walk fails in the end, whichever level it was on.
+    bool append(border::PathBuffer& path, std::string_view text) {
+        if (border::appendPath(path, text)) return true;
         leftOut_ = true;
         return false;
     }
@@ -113,6 +127,7 @@ private:
     bool leftOut_ = false;
     kvOSFindData entry_;
     border::PathBuffer path_;
+    border::PathBuffer pattern_;
 };
 
 }  // namespace

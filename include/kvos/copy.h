@@ -25,8 +25,11 @@ extern "C" {
  * and a file that is copied onto itself is lost.
  *
  * Meant: the result is 0, although every byte was copied, when the size is a multiple of 1 MiB, 0 included; and 1 when
- * the source fails to be read before a first byte, or behind a whole block. The end of a URL is such a failure, so that
- * one of a multiple of 1 MiB gives 1. Compare the sizes where it matters.
+ * the source fails to be read before a first byte, or behind a whole block. The end of a URL or an object is such a
+ * failure, so that one of a multiple of 1 MiB, an empty object included, gives 1. Compare the sizes where it matters.
+ *
+ * A copy of no bytes makes an empty file, but no object in a store: the close of one that was not written to makes
+ * none.
  *
  * Meant: a copy to a URL gives 0, although the server was sent the bytes: each block is a request of its own with a
  * zero byte behind it, which makes its count another than asked for, and the first block is the last.
@@ -45,7 +48,8 @@ KVUTIL_API uint32_t kvOSCopyFile(const char *pSource, const char *pDestination, 
  * Meant: the source is deleted whether or not the copy worked, and whatever the result says. Nothing is renamed, also
  * within one disk, and a file that is moved onto itself is lost. A URL is copied and stays, as kvOSDeleteFile says.
  *
- * @return what kvOSCopyFile returned: 0 for a size that is a multiple of 1 MiB, but 1 where it is that of a URL.
+ * @return what kvOSCopyFile returned: 0 for a size that is a multiple of 1 MiB, but 1 where it is that of a URL or
+ *         an object.
  *
  * Last error: of the copy where it returned 0, else of the delete.
  * Messages:   those of kvOSCopyFile and kvOSDeleteFile.
@@ -114,8 +118,8 @@ typedef struct kvOSFastCopyJob {
  *
  * Meant: without KVCOPY_COUNT_GIVEN and a count that is not 0, one block is copied, with success. With a count, whole
  * blocks are copied until it is reached: a smaller count than the file's size does not cut the last block. With one
- * above the size the copy ends with the file; but where a URL's size is a multiple of the block, the read behind its
- * end is a failure like any other.
+ * above the size the copy ends with the file; but where the size of a URL or an object is a multiple of the block, the
+ * read behind its end is a failure like any other. The copy of an empty object therefore fails, whatever the count.
  *
  * Meant: a copy to a URL fails, as kvOSCopyFile does, although the server was sent the first block.
  *
@@ -154,18 +158,21 @@ KVUTIL_API void *_kvOSCopyFileFastWrite(void *pJob);
  * qwDestinationOffset in it reads as zeros.
  *
  * Meant: a read or a write that fails is told, and the result is 1 all the same; compare the sizes where it matters.
- * The end of a URL ahead of the range is such a read, not an end. An extract to a URL gives 1 as well, and tells of its
- * first write, which counts a byte too many (see kvOSCopyFile). A source that is its own destination is deleted.
+ * A range that goes beyond the end of a URL or an object comes to such a read; one that begins behind a known end is
+ * refused. An extract to a URL gives 1 as well, and tells of its first write, which counts a byte too many (see
+ * kvOSCopyFile). A source that is its own destination is deleted.
  *
  * @param dwFlags  KVCOPY_KEEP_EXISTING or 0.
- * @param qwSourceOffset, qwBytes, qwDestinationOffset  in bytes. No bytes: the destination is made, the result 1.
+ * @param qwSourceOffset, qwBytes, qwDestinationOffset  in bytes. No bytes: the destination is made, but no
+ *                 object in a store (see kvOSCopyFile), and the result is 1.
  * @param pqwProgressBytes, pdwElapsedMs, pdwProgressPermille  null, or receive after each block the bytes so far, the
  *                 milliseconds so far and the thousandths so far; without a block they stay as they were.
  * @return 1. 0 where a file could not be opened or take its position, for a destination that exists and is to be kept,
  *         a source that ends ahead of the range, no memory, and a full disk noticed at the close behind the last block.
  *
  * Last error: of the call that failed; EINVAL for a path that is null, EEXIST for a destination that was left alone.
- *             The source's end is no failed call: the last error, and the numbers of its message, then say nothing.
+ *             0, also as the numbers of the message, where that call sets none: at the end of a local file or an
+ *             object, and for a position that a URL or an object refuses.
  * Messages:   "\nERROR:kvOSExtractFileFast(%d, 0x%08X) " with the last error twice, for opens, positions, memory and
  *             the source's end; "kvOSExtractFileFast Read FAILED %d 0x%X ", "kvOSExtractFileFast Write FAILED %d 0x%X "
  *             likewise for failed calls; "kvOSExtractFileFast Write FAILED" for a short write. And those of the calls

@@ -64,6 +64,9 @@ typedef struct kvOSFindData {
  * Meant: a pattern whose only "/" is its first character, or that has none, is split so that it becomes its own
  * directory: "*.txt" and "/?" fail, "./a*" works.
  *
+ * Meant: a backslash of a local pattern quotes the character behind it. The file "a\b" is found by the pattern
+ * "./a\\b", while "./a\b" finds "ab".
+ *
  * @param pPattern  directory and name, shorter than 4096 bytes.
  * @param pData     receives the first entry.
  * @return the handle, the caller's until kvOSFindClose; -1 when nothing matched, for null pointers, for a pattern
@@ -158,12 +161,22 @@ typedef uint32_t (*kvOSRecurseCallback)(void *pContext, const char *pPath, uint3
 /**
  * Walks a directory and calls back for its entries, in the order of the find calls, "." and ".." left out.
  *
- * An entry that is neither file nor directory counts as a file. Links to directories are followed.
+ * An entry that is neither file nor directory counts as a file. Links to directories are followed: one that leads back
+ * to a directory above is gone through until the system refuses the path (40 links on Linux), where it counts as a
+ * file, and with two of them a walk doubles at each step and never ends in practice. A callback for directories can
+ * keep it out.
+ *
+ * Meant: a local directory whose path holds a "*" or a "?" is not listed, without a word: of the given one the result
+ * is 0, and of those below it only the callback for the directory itself comes. Backslashes are part of names.
+ *
  * Meant: what a subdirectory's walk returns is ignored, so that ending one does not end the walk around it. Meant: a
  * "/" is added to every directory, also to one that ends in one, so that paths below a subdirectory hold "//".
  *
  * @param pContext    handed to the callback.
- * @param pDirectory  with or without a final "/".
+ * Meant: where the folders of a store have names of one letter, which the find calls show cut, what is reported below
+ * them is what lies at the top of the bucket.
+ *
+ * @param pDirectory  with or without a final "/"; of a store with one, as kvOSFileIsDir wants it.
  * @param dwFlags     KVRECURSE_... bits; others are ignored.
  * @return the result of the last callback of this directory itself, 0 if there was none or nothing could be listed. A
  *         callback that gave KVRECURSE_REMEMBERED for a directory of this level is returned instead of a last result of

@@ -159,6 +159,18 @@ TEST(Find, BracketsInTheDirectoryMatchThemselves) {
     EXPECT_EQ(namesOf(scratch / "[a] ]b[/in"), (Names{"in"}));
 }
 
+TEST(Find, ABackslashQuotesTheCharacterBehindIt) {
+    kvtest::ScratchFolder scratch;
+    makeFiles(scratch, {"a\\b", "ab", "*", "x"});
+    EXPECT_EQ(namesOf(scratch / "a\\b"), (Names{"ab"}));
+    EXPECT_EQ(namesOf(scratch / "a\\\\b"), (Names{"a\\b"}));
+    EXPECT_EQ(namesOf(scratch / "\\*"), (Names{"*"}));
+    fs::create_directory(scratch / "d\\e");
+    kvtest::makeFile(scratch / "d\\e/in");
+    EXPECT_EQ(namesOf(scratch / "d\\e/i*"), Names{});
+    EXPECT_EQ(namesOf(scratch / "d\\\\e/i*"), (Names{"in"}));
+}
+
 TEST(Find, DeliversEveryKindOfName) {
     kvtest::ScratchFolder scratch;
     const std::string longest(255, 'l');

@@ -1,4 +1,5 @@
 // The walk over a directory tree.
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -195,6 +196,46 @@ TEST_F(Recurse, ADirectoryWithoutRoomForItsPatternMakesTheWalkFail) {
     EXPECT_EQ(kvOSRecurseDirectory(&visits_, folder.c_str(), visit, KVRECURSE_SUBDIRECTORIES), 0xFFFFFFFFu);
     EXPECT_EQ(errno, ENAMETOOLONG);
     EXPECT_EQ(visits_.paths, (Texts{"z", "z"}));
+}
+
+TEST_F(Recurse, ABackslashIsPartOfAName) {
+    for (const char* folder : {"e/a\\b/c\\", "e/ab/c"}) fs::create_directories(scratch_ / folder);
+    for (const char* name : {"e/a\\b/own", "e/a\\b/c\\/[d]\\*", "e/ab/other", "e/ab/c/other"}) {
+        kvtest::makeFile(scratch_ / name);
+    }
+    visits_.top = scratch_ / "e/a\\b/";
+    EXPECT_EQ(kvOSRecurseDirectory(&visits_, (scratch_ / "e/a\\b").c_str(), visit, KVRECURSE_SUBDIRECTORIES), 0u);
+    EXPECT_EQ(visits_.paths, (Texts{"c\\//[d]\\*", "own"}));
+}
+
+TEST_F(Recurse, ADirectoryWithoutRoomForItsQuotedPatternMakesTheWalkFail) {
+    const std::string folder = kvtest::makeDeepFolder(scratch_.path(), 4080);
+    fs::create_directory(folder + "/" + std::string(8, 'n') + "\\");  // one byte more than fits without quoting
+    visits_.top = folder + "/";
+    EXPECT_EQ(kvOSRecurseDirectory(&visits_, folder.c_str(), visit, KVRECURSE_SUBDIRECTORIES), 0xFFFFFFFFu);
+    EXPECT_EQ(errno, ENAMETOOLONG);
+}
+
+TEST_F(Recurse, ADirectoryWithAWildcardInItsNameIsPassedOver) {
+    for (const char* folder : {"q?", "s*"}) {
+        fs::create_directory(scratch_ / folder);
+        kvtest::makeFile((scratch_ / folder) + "/file");
+    }
+    EXPECT_EQ(walk(KVRECURSE_SUBDIRECTORIES | KVRECURSE_REPORT_DIRECTORIES), 0u);
+    EXPECT_EQ(visits_.paths,
+              (Texts{".h", "a", "d1/", "d1//d2/", "d1//d2//y", "d1//x", "e/", "e//[w]", "q?/", "s*/", "z"}));
+    EXPECT_EQ(kvOSRecurseDirectory(&visits_, (scratch_ / "s*").c_str(), visit, 0), 0u);
+    EXPECT_EQ(visits_.paths.size(), 11u);
+}
+
+TEST_F(Recurse, ALinkToADirectoryAboveIsWalkedUntilTheSystemRefusesIt) {
+    fs::create_directory_symlink(".", scratch_ / "e/back");
+    EXPECT_EQ(walk(KVRECURSE_SUBDIRECTORIES), 0u);
+    EXPECT_GT(visits_.paths.size(), 20u);
+    const bool isRefused = std::ranges::any_of(visits_.attributes, [](const auto& visited) {
+        return visited.first.ends_with("//back") && visited.second == 0;
+    });
+    EXPECT_TRUE(isRefused);
 }
 
 TEST_F(Recurse, TestsTheRedirectedDirectoryAndListsTheOneGiven) {

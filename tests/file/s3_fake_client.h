@@ -386,9 +386,4 @@ private:
     std::unique_ptr<s3::Object> object_;
 };
 
-/// The bytes of an object that makePattern made.
-inline std::string patternFrom(std::uint64_t offset, std::uint64_t count) {
-    return count == 0 ? std::string{} : makePattern(offset + count).read(offset, count);
-}
-
 }  // namespace kvtest

@@ -365,6 +365,14 @@ TEST_F(S3Find, AWalkGoesThroughTheFolders) {
               (Names{top + "sub/ (folder)", top + "sub/deep/ (folder)", top + "sub/deep/c", top + "sub/b", top + "a"}));
 }
 
+TEST_F(S3Find, AQuestionMarkInTheFolderOfAWalkIsPartOfTheKey) {
+    for (const char* key : {"clips/a", "clips/sub?x=1/b"}) store_.put(key, "x");
+    Names visited;
+    const std::string folder = store_.locator("clips/sub?x=1/");
+    EXPECT_EQ(kvOSRecurseDirectory(&visited, folder.c_str(), note, 0), 0u);
+    EXPECT_EQ(visited, (Names{folder + "/b"}));
+}
+
 TEST_F(S3Find, AWalkFromWhatIsNoFolderFails) {
     Names visited;
     store_.put("clips/a", "x");

@@ -10,12 +10,6 @@ namespace {
 constexpr std::uint64_t kMiB = 1048576;
 constexpr std::uint32_t kPart = 62914560;
 
-std::string patternFrom(std::uint64_t offset, std::uint64_t count) {
-    std::string bytes(count, '\0');
-    for (char& byte : bytes) byte = patternAt(offset++);
-    return bytes;
-}
-
 std::string readAt(const OwnedFile& file, std::int64_t position, std::uint32_t count) {
     EXPECT_EQ(kvOSSeek(file.handle(), position), position);
     return readSome(file, count);

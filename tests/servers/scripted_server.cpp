@@ -23,11 +23,18 @@ namespace {
 
 constexpr std::size_t kChunkSize = 1000;
 constexpr std::chrono::seconds kLongestWait{30};
+constexpr char kTlsHandshake = 0x16;  // what the first record of a client that talks TLS begins with
 
 /// The bytes of one connection, line by line or by count; nothing once the client is gone.
 class Incoming {
 public:
     explicit Incoming(int descriptor) : descriptor_(descriptor) {}
+
+    /// The next byte, which stays.
+    std::optional<char> next() {
+        if (held_.empty() && !fill()) return std::nullopt;
+        return held_.front();
+    }
 
     std::optional<std::string> line() {
         std::size_t end;
@@ -121,6 +128,8 @@ bool readBody(Incoming& in, const Socket& client, std::size_t resetBehind, Reque
 }
 
 std::optional<Request> readRequest(Incoming& in, const Socket& client, std::size_t resetBehind) {
+    // A client that talks TLS would wait for an answer for as long as it waits for any.
+    if (in.next() == kTlsHandshake) return std::nullopt;
     const auto first = in.line();
     if (!first) return std::nullopt;
     Request request;

@@ -2,7 +2,8 @@
 // not make on command.
 //
 // Each connection has a thread of its own, so the function may run in several at once. Connections stay open from
-// request to request, as a real server keeps them, unless an answer or the client says otherwise.
+// request to request, as a real server keeps them, unless an answer or the client says otherwise. One that begins to
+// talk TLS ends at once.
 #pragma once
 
 #include <chrono>

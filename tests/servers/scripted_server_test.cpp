@@ -141,6 +141,12 @@ TEST(ScriptedServer, EndsWhileItStallsOrWaits) {
     }
 }
 
+TEST(ScriptedServer, LeavesAClientThatTalksTls) {
+    ScriptedServer server = answering({});
+    EXPECT_EQ(fetch("https://" + server.host() + "/").result, CURLE_SSL_CONNECT_ERROR);
+    EXPECT_EQ(server.requests().size(), 0u);
+}
+
 TEST(ScriptedServer, EndsWithAConnectionThatAsksNothing) {
     auto server = std::make_unique<ScriptedServer>([](const Request&) { return Answer{}; });
     const std::string host = server->host();

@@ -28,6 +28,7 @@ StoredObject makeObject(std::string content, std::string contentType = "binary/o
 /// An object that takes no memory: its byte at any offset is patternAt(offset).
 StoredObject makePattern(std::uint64_t size);
 char patternAt(std::uint64_t offset);
+std::string patternFrom(std::uint64_t offset, std::uint64_t count);
 
 /// One object behind the other, whose contents are shared and not copied.
 StoredObject joined(const std::vector<StoredObject>& parts);

@@ -84,6 +84,27 @@ TEST_F(Stores, PutAndCpStoreAFileWhole) {
     EXPECT_EQ(store_.keys(), (Names{"copies/clip.mov", "other.wav", "put.wav"}));  // no parts are left
 }
 
+TEST_F(Stores, CpAndMvKeepEveryByteOfEverySize) {
+    for (const std::size_t size : {1u, 100u, 1u << 20, (1u << 20) + 100}) {
+        SCOPED_TRACE(size);
+        makeFile("clip", manyBytes(size));
+        expectDone(runKv({"cp", "clip", store_.locator("copy")}));
+        EXPECT_TRUE(store_.content("copy") == manyBytes(size));
+        expectDone(runKv({"mv", "clip", store_.locator("moved")}));
+        EXPECT_TRUE(store_.content("moved") == manyBytes(size));
+        EXPECT_FALSE(std::filesystem::exists("clip"));
+        expectDone(runKv({"cp", store_.locator("moved"), "back"}));
+        EXPECT_TRUE(contentOf("back") == manyBytes(size));
+    }
+}
+
+TEST_F(Stores, AMoveThatAStoreDidNotTakeKeepsTheSource) {
+    store_.next("UploadPartCopy", 1, fault::refused(500, "InternalError", "We encountered an internal error."));
+    makeFile("clip", "0123456789");
+    EXPECT_EQ(runKv({"mv", "clip", store_.locator("moved")}).exit, 1);
+    EXPECT_EQ(contentOf("clip"), "0123456789");
+}
+
 TEST_F(Stores, AnObjectIsReplacedAlsoByOneOfTheSameLength) {
     store_.put("clip", "0123456789");
     expectDone(runKv({"put", store_.locator("clip")}, {.in = "abcdefghij"}));
