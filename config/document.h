@@ -7,9 +7,15 @@ namespace kv::config {
 
 inline constexpr const char* kRootName = "KorvaneConfig";
 
-/// Reads a file into an empty document. False for what is missing, no file, too large, nested too deep, no XML or
-/// without any element; the document is then of no use.
-bool loadDocument(const char* path, TiXmlDocument& document);
+/// What came of the reading of a file.
+enum class Loaded {
+    whole,       // it is in the document, in which an element that the XML library did not come to is missing
+    nothing,     // missing, no file, too large, nested too deep, no XML or without any element: to be replaced
+    unreadable,  // it may be good, but can't be read now or by this user, or not be kept: to be left as it is
+};
+
+/// Reads a file into an empty document, which is of no use unless the file is whole. errno tells why one is unreadable.
+Loaded loadDocument(const char* path, TiXmlDocument& document);
 
 /// Writes a document, with `root` in the place of its KorvaneConfig element, to a file. False with errno set; unless
 /// the file could only be written in place, it is then as it was.

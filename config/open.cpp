@@ -4,8 +4,8 @@
 #include <cstring>
 #include <memory>
 #include <mutex>
-#include <strings.h>
 #include <unistd.h>
+#include <utility>
 
 #include "border/text.h"
 #include "config/document.h"
@@ -29,7 +29,9 @@ constexpr std::uint32_t kConfigDirMode = 0777;
 
 using Store = std::unique_ptr<KVTiXmlConfig>;
 
-bool namesDefaultInAnyCase(const char* path) { return strcasestr(path, kDefaultName) != nullptr; }
+bool namesDefaultInAnyCase(const char* path) {
+    return border::findAnyCase(path, kDefaultName) != std::string_view::npos;
+}
 bool namesDefault(const char* path) { return std::strstr(path, kDefaultName) != nullptr; }
 
 Store storeWith(const TiXmlElement& root, const char* path) {
@@ -42,20 +44,27 @@ Store storeWith(const TiXmlElement& root, const char* path) {
 
 // ---- damaged files -----------------------------------------------------------------------------------------------
 
-/// Finds the newest backup that can be read; its name comes out in `backup`.
-bool findBackup(const char* path, border::PathBuffer& backup) {
+/// Finds the newest backup that is whole; its name comes out in `backup`. Unreadable if there is none, but one among
+/// them that can't be read.
+Loaded findBackup(const char* path, border::PathBuffer& backup) {
+    int error = 0;
     for (int index = kNewestBackup; index <= kOldestBackup; ++index) {
         TiXmlDocument probe;
         border::copyText(backup, sizeof backup, path);
-        if (GetFileBackups(backup, border::kPathSize, index) == 0 && loadDocument(backup, probe)) return true;
+        if (GetFileBackups(backup, border::kPathSize, index) != 0) continue;
+        const Loaded loaded = loadDocument(backup, probe);
+        if (loaded == Loaded::whole && probe.RootElement() != nullptr) return loaded;
+        if (loaded == Loaded::unreadable) error = errno;
     }
-    return false;
+    if (error == 0) return Loaded::nothing;
+    errno = error;
+    return Loaded::unreadable;
 }
 
-/// Puts a backup in the place of a file that can't be read. A kill on the way leaves the backup or the file.
-bool restoreBackup(const char* path, TiXmlDocument& document) {
+/// Puts a backup in the place of a file that is missing or damaged. A kill on the way leaves the backup or the file.
+Loaded restoreBackup(const char* path, TiXmlDocument& document) {
     border::PathBuffer backup;
-    if (!findBackup(path, backup)) return false;
+    if (const Loaded found = findBackup(path, backup); found != Loaded::whole) return found;
     const std::string bad = std::string(path) + ".bad";
     unlink(bad.c_str());
     std::rename(path, bad.c_str());
@@ -108,13 +117,16 @@ Store makeStore(const char* path) {
 }
 
 Store open(const char* path, std::uint32_t flags) {
-    if (namesDefaultInAnyCase(path)) ++process.defaultUsers;
     TiXmlDocument document;
-    bool loaded = loadDocument(path, document);
-    if (!loaded && (flags & KVCFG_NO_BACKUPS) == 0) loaded = restoreBackup(path, document);
-    if (!loaded) return makeStore(path);
+    Loaded loaded = loadDocument(path, document);
+    if (loaded == Loaded::nothing && (flags & KVCFG_NO_BACKUPS) == 0) loaded = restoreBackup(path, document);
+    if (loaded == Loaded::unreadable) return nullptr;  // no user either: once it can be read, it is opened anew
+    if (namesDefaultInAnyCase(path)) ++process.defaultUsers;
+    if (loaded == Loaded::nothing) return makeStore(path);
     const TiXmlElement* root = document.FirstChildElement(kRootName);
-    return root == nullptr ? nullptr : storeWith(*root, path);
+    if (root != nullptr) return storeWith(*root, path);
+    errno = EINVAL;
+    return nullptr;
 }
 
 // ---- the default store -------------------------------------------------------------------------------------------
@@ -145,7 +157,7 @@ KVTiXmlConfig* publish(Store store) {
         leaveDefault();
         return present;
     }
-    if (store != nullptr) readDisableSave(*store);
+    readDisableSave(*store);
     return store.release();
 }
 
@@ -157,7 +169,9 @@ KVTiXmlConfig* openDefault() {
     if (!border::appendText(path, sizeof path, kDefaultName)) return nullptr;
     if (kvErrLog_IsOpen() != 0) ErrOut("\nLoading configuration: '%s'", path);
     KVTiXmlConfig* present = process.defaultStore.load(std::memory_order_acquire);
-    return present != nullptr ? present : publish(open(path, 0));
+    if (present != nullptr) return present;
+    Store store = open(path, 0);
+    return store != nullptr ? publish(std::move(store)) : process.defaultStore.load(std::memory_order_acquire);
 }
 
 // ---- closing -----------------------------------------------------------------------------------------------------

@@ -21,6 +21,7 @@ namespace {
 
 constexpr mode_t kUsualMode = 0666;  // less what the process masks
 constexpr mode_t kModeBits = 07777;
+constexpr int kMostNames = 100;
 
 bool writeAll(int file, std::string_view bytes) {
     while (!bytes.empty()) {
@@ -45,10 +46,23 @@ bool writeInPlace(const char* path, std::string_view bytes) {
     return file >= 0 && writeAndClose(file, bytes);
 }
 
-/// A name beside the path that is this process's own, and this call's.
+/// A name beside the path that this process gives once. Others may have given it: a process of the same number that
+/// was killed, or runs on another machine or in a container of its own.
 std::string nameBeside(const std::string& path) {
     static std::atomic<unsigned> counter;
     return path + "." + std::to_string(getpid()) + "-" + std::to_string(counter.fetch_add(1)) + ".new";
+}
+
+/// Makes a new file beside the path; its name comes out in `name`. What is there under a name already, a link too, is
+/// somebody else's: it is neither written nor removed.
+int openBeside(const std::string& path, std::string& name) {
+    int file = -1;
+    for (int tries = 0; tries < kMostNames; ++tries) {
+        name = nameBeside(path);
+        file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kUsualMode);
+        if (file >= 0 || errno != EEXIST) break;
+    }
+    return file;
 }
 
 /// The file behind a link, so that the link stays one; empty for a link to nothing.
@@ -64,7 +78,7 @@ bool takesAfter(int file, const struct stat& old) {
 }
 
 bool canDoWithoutNewFile(int error) {
-    return error == EACCES || error == EPERM || error == EROFS || error == ENAMETOOLONG;
+    return error == EACCES || error == EPERM || error == EROFS || error == ENAMETOOLONG || error == EEXIST;
 }
 
 }  // namespace
@@ -80,8 +94,8 @@ bool replaceFile(const char* path, std::string_view bytes) {
     }
     if (exists && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) return false;
 
-    const std::string fresh = nameBeside(target);
-    const int file = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kUsualMode);
+    std::string fresh;
+    const int file = openBeside(target, fresh);
     if (file < 0) return canDoWithoutNewFile(errno) && writeInPlace(target.c_str(), bytes);
     if (exists && !takesAfter(file, old)) {
         close(file);

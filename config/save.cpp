@@ -109,7 +109,8 @@ std::uint32_t KVTiXmlConfig::SaveConfig() {
         const CDAutoLock locked(&lock);
         if (fOpened == 0 || fModified == 0) return 0;
         TiXmlDocument document;
-        if (!loadDocument(szPath, document) || document.FirstChildElement(kRootName) == nullptr) return 0;
+        if (loadDocument(szPath, document) != Loaded::whole) return 0;
+        if (document.FirstChildElement(kRootName) == nullptr) return 0;
         if (!saveDocument(szPath, document, *pRoot)) return kFailed;
         fModified = 0;
         return 1;
@@ -123,8 +124,9 @@ std::uint32_t kvCFGSave(KVTiXmlConfig* hConfig, const char* pPath, std::uint32_t
 std::uint32_t kvCFGSaveAs(KVTiXmlConfig* hConfig, const char* pPath, std::uint32_t fForce) {
     return unlessDisabled(hConfig, fForce, [&](KVTiXmlConfig& store) {
         if (pPath == nullptr) return kFailed;
-        if (std::strlen(pPath) < border::kPathSize) return saveAs(store, pPath);
-        errno = ENAMETOOLONG;
+        const std::size_t length = std::strlen(pPath);
+        if (length > 0 && length < border::kPathSize) return saveAs(store, pPath);
+        errno = length == 0 ? ENOENT : ENAMETOOLONG;
         return kFailed;
     });
 }

@@ -3,8 +3,8 @@
 // They differ where a value is missing: a number is made by the call that adds numbers, which tells what became of it;
 // a text goes by whether its key was there.
 #include <cstring>
-#include <strings.h>
 
+#include "border/text.h"
 #include "config/store.h"
 
 namespace kv::config {
@@ -64,7 +64,7 @@ std::uint32_t readString(const TiXmlElement* element, char* buffer, std::uint32_
 
 std::uint32_t writeString(KVTiXmlConfig& store, TiXmlElement& element, const char* text, std::uint32_t* length) {
     const char* old = element.GetText();
-    if (strcasecmp(old == nullptr ? "" : old, text) == 0) return 0;
+    if (border::equalAnyCase(border::orEmpty(old), text)) return 0;
     replaceText(element, text);
     markModified(store);
     storeLength(length, std::strlen(text));

@@ -1,7 +1,7 @@
 // Configuration files: any bytes as a file, opened, walked, changed, saved and opened again.
 //
-// What must hold: an opening ends, gives a store or, for another root, none; what was saved can be read again with the
-// change in it; the scan for depth never says less than the XML library goes down.
+// What must hold: an opening ends, gives a store or, for a file that it leaves alone, none; what was saved can be read
+// again with the change in it; the scan for depth never says less than the XML library goes down.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>

@@ -14,8 +14,10 @@
 //   with its last name, so that "ZMW\" names ZMW inside ZMW, and a missing key is not made by such a path; a value's
 //   name may hold backslashes and is then a path from its key.
 // - Of two elements with one name only the first is ever reached.
-// - Texts are bytes: no encoding is looked at. White space at the ends of a text is lost when the store is read again,
-//   and white space inside counts as one blank, but for line ends and tabs that were set through these calls.
+// - Texts are bytes: no encoding is looked at, but for a reference by number, as "&#233;", which becomes the letter's
+//   bytes in UTF-8 in a file in that encoding, or without one, and one byte in iso-8859-1. White space at the ends of a
+//   text is lost when the store is read again, and white space inside counts as one blank, but for line ends and tabs
+//   that were set through these calls.
 // - A failure of any kind, memory included, gives the call's failure result. The last error is left as the system left
 //   it, messages are those named.
 // - Any thread may call; each call that touches a tree holds the store's lock. A handle that is being closed must not
@@ -125,10 +127,11 @@ typedef struct KVTiXmlConfig KVTiXmlConfig;
 /**
  * Opens a store, or makes one.
  *
- * A file that can't be read as XML is replaced by the newest of its backups 000 to 005 that can: the broken file, if
- * there is one, is renamed to the path plus ".bad" and the backup to the path. Without such a backup a new file is
- * written over it at once, a failure of that not being reported: with the default settings if the path holds
- * "config.xml", else with one key named after the file, blanks turned into "_" (none if that is no tag).
+ * A file that is missing or no XML is replaced by the newest of its backups 000 to 005 that can be read: the broken
+ * file, if there is one, is renamed to the path plus ".bad" and the backup to the path. Without such a backup a new
+ * file is written over it at once, a failure of that not being reported: with the default settings if the path holds
+ * "config.xml", else with one key named after the file, blanks turned into "_" (none if that is no tag). In a folder
+ * that can't be entered the file counts as missing.
  *
  * Broken is also what is nested deeper than 256 elements or larger than 64 MiB; what holds no element at all, comments
  * and a declaration alone being what is left of a file that was cut; and what could hide its depth: a declaration with
@@ -137,10 +140,15 @@ typedef struct KVTiXmlConfig KVTiXmlConfig;
  * @param pPath    shorter than 4096 bytes; see above for the redirect. It is kept as given: where a relative one leads
  *                 changes with the working directory. Each call with a path that holds "config.xml", in any case, is
  *                 one more user of the default store for kvCFGClose; meant, although it does not become that store,
- *                 and also when the result is null.
+ *                 and also when the result is null for the file's root.
  * @param dwFlags  KVCFG_NO_BACKUPS, or 0; other bits are not looked at.
- * @return the store, for kvCFGClose; null for a null path, one too long (last error ENAMETOOLONG), and a file that is
- *         read but has no KorvaneConfig root: that one is left as it is.
+ * @return the store, for kvCFGClose; null, nothing being touched, in these cases.
+ *         Last error ENAMETOOLONG: the path is too long. None is set for a null path.
+ *         EINVAL: the file is read, but has no KorvaneConfig root, or none that the XML library comes to, as behind a
+ *         DOCTYPE with declarations of its own.
+ *         EILSEQ: it has a reference, as "&#8364;", to a letter that its encoding has no bytes for.
+ *         What the system says, as EMFILE or EACCES: it is there, but can't be read for the moment or by this user. The
+ *         last two also where the file is missing or broken and no backup is good, but one is of that kind.
  */
 KVUTIL_API KVTiXmlConfig *kvCFGOpen(const char *pPath, uint32_t dwFlags);
 
@@ -164,10 +172,11 @@ KVUTIL_API uint32_t kvCFGClose(KVTiXmlConfig *hConfig, uint32_t fSave);
  *
  * @param pPath   null or the store's own path: its file. Another one: kvCFGSaveAs does the work, without backups.
  * @param fForce  0: nothing is done while kvCFGDisableSave is on.
- * @return 0, meant also when saving is disabled and when the file was gone or damaged: the changes are then in memory
- * only and count as saved, so that a later save does not write them even if the file is back; 0xFFFFFFFF on failure;
- * 0xFFFFFFFE if pPath is given and the file is read-only (meant: a null path is not tested). For a store that is not
- * opened 0 if a store was made anew in this process, else 0xFFFFFFFF.
+ * @return 0, meant also when saving is disabled and when the file was gone, damaged or could not be read: the changes
+ * are then in memory only and count as saved, so that a later save does not write them even if the file is back;
+ * 0xFFFFFFFF on failure; 0xFFFFFFFE if pPath is given and the file is read-only (meant: a null path is not tested). For
+ * a store that is not opened 0 if a store was made anew in this process, and the default store was not closed since,
+ * else 0xFFFFFFFF.
  *
  * Messages: "Can not save : Config not opened", "Can not save : file is read only", "Error Saving config file"; those
  *           of MakeFileBackups.
@@ -181,7 +190,9 @@ KVUTIL_API uint32_t kvCFGSave(KVTiXmlConfig *hConfig, const char *pPath, uint32_
  * Where that file does not exist, the present one is copied to it first. Where it does, it must hold a KorvaneConfig
  * root; meant: otherwise nothing is written, the result is 0 and the changes count as saved. No backups are made.
  *
- * @return 0, also while saving is disabled; 0xFFFFFFFF on failure. For a store that is not opened as kvCFGSave.
+ * @param pPath  null, empty (last error ENOENT) or too long (ENAMETOOLONG): refused, and the store keeps its file.
+ * @return 0, also while saving is disabled; 0xFFFFFFFF on failure. For a store that is not opened 0 if a store was made
+ *         anew in this process, and the default store was not closed since, else 0xFFFFFFFF.
  *
  * Messages: "Can not save : Config not opened", "Confg save failed" (spelled so); those of kvOSCopyFile.
  */
@@ -206,7 +217,8 @@ KVUTIL_API uint32_t kvCFGDisableSave(uint32_t fDisable);
  * The store behind a handle: the handle itself, and for KVSTDCONFIG the default store, opened if need be. At that
  * opening "DisableSave" under "ZMW\Config" is read, and stored as 0 where it is missing; the store is then modified.
  *
- * @return null for null, and when the default file has another root.
+ * @return null for null, and when kvCFGOpen gives null for the default file: every call that names KVSTDCONFIG then
+ *         fails, and the next one tries again.
  *
  * Messages: "\nLoading configuration: '%s'" when the default store is opened while a log file is open.
  */

@@ -1,4 +1,5 @@
 // Files that are cut, zeroed, full of noise, nested deeply or large: a backup takes their place, or a new file does.
+#include <cerrno>
 #include <random>
 #include <tinyxml.h>
 
@@ -201,6 +202,39 @@ TEST_F(Damage, WhatTheXmlLibraryReadsDeeperThanAStoreMayBeIsNeverOpened) {
 TEST_F(Damage, AFileWithoutAnyElementCountsAsDamage) {
     expectRecovery("<!--only a comment-->\n");
     expectRecovery("<?xml version=\"1.0\" encoding=\"iso-8859-1\" ?>\n<!--a--><!--b-->\n");
+}
+
+TEST_F(Damage, AnElementThatTheXmlLibraryDoesNotComeToIsNoneAndTheFileStays) {
+    const std::string root = "<KorvaneConfig><K Type=\"0\" /></KorvaneConfig>";
+    for (const std::string& text :
+         {"<!DOCTYPE KorvaneConfig [ <!ENTITY x \"y\"> ]>" + root,
+          "<?xml version=\"1.0\"?>\n<!DOCTYPE KorvaneConfig [\n<!ENTITY x \"y\">\n]>\n" + root,
+          "<!--c--> text " + root}) {
+        for (const bool withBackup : {false, true}) {
+            SCOPED_TRACE(text);
+            reset(text, withBackup);
+            errno = 0;
+            EXPECT_EQ(outcomeOf(), Outcome::none);
+            EXPECT_EQ(errno, EINVAL);
+            EXPECT_EQ(contentOf(file_), text);
+            EXPECT_EQ(std::filesystem::exists(backup_), withBackup);
+            EXPECT_FALSE(std::filesystem::exists(file_ + ".bad"));
+        }
+    }
+}
+
+TEST_F(Damage, ABackupWithoutARootThatTheXmlLibraryComesToIsPassedOver) {
+    reset("<broken", false);
+    makeFile(backup_, "<!--c--> text <KorvaneConfig/>");
+    makeFile(scratch_ / "a.001.xml", good_);
+    EXPECT_EQ(outcomeOf(), Outcome::intact);
+    EXPECT_TRUE(std::filesystem::exists(backup_));
+}
+
+TEST_F(Damage, ADoctypeWithoutDeclarationsOfItsOwnIsNone) {
+    reset("<!DOCTYPE KorvaneConfig SYSTEM \"a.dtd\"><KorvaneConfig><S Type=\"1\" /></KorvaneConfig>", false);
+    OpenStore store(file_);
+    EXPECT_EQ(namesIn(store, nullptr), std::vector<std::string>{"S"});
 }
 
 TEST_F(Damage, NestingThatCommentsAndValuesOnlyShowIsNone) {

@@ -1,4 +1,5 @@
 // Saving, its messages and its windows.
+#include <cerrno>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -322,7 +323,17 @@ TEST_F(Save, AsRefusesPathsThatCanNotBe) {
     OpenStore store(file_);
     EXPECT_EQ(kvCFGSaveAs(store, nullptr, 0), kFailed);
     EXPECT_EQ(kvCFGSaveAs(store, std::string(4096, 'x').c_str(), 0), kFailed);
+    EXPECT_EQ(errno, ENAMETOOLONG);
     EXPECT_EQ(kvCFGSave(store, std::string(5000, 'x').c_str(), 0), kFailed);
+    setDword(store, "K", "D", 2);
+    CapturedMessages messages;
+    for (auto* const saveTo : {kvCFGSave, kvCFGSaveAs}) {
+        errno = 0;
+        EXPECT_EQ(saveTo(store, "", 1), kFailed);
+        EXPECT_EQ(errno, ENOENT);
+    }
+    EXPECT_EQ(messages.text(), "");
+    EXPECT_EQ(kvCFGIsModified(store), 1u);
     char path[4096];
     EXPECT_EQ(kvCFGPath(store, path), 0u);
     EXPECT_EQ(path, file_);

@@ -1,5 +1,6 @@
 // Numbers and texts.
 #include "config/open_store.h"
+#include "support/turkish_locale.h"
 
 namespace {
 
@@ -130,6 +131,15 @@ TEST_F(Values, AChangeOfCaseAloneIsNotStored) {
     EXPECT_EQ(setString(store, "K", "S", "abc"), 0u);
     EXPECT_EQ(stringOf(store, "K", "S"), "ABC");
     EXPECT_EQ(kvCFGIsModified(store), 0u);
+}
+
+TEST_F(Values, CaseIsThatOfAsciiInATurkishLocaleAsWell) {
+    const TurkishLocale turkish;
+    if (!turkish.isInForce()) GTEST_SKIP() << "the locale can't be made here";
+    OpenStore store(file_);
+    EXPECT_EQ(setString(store, "K", "S", "FILE"), 4u);
+    EXPECT_EQ(setString(store, "K", "S", "file"), 0u);
+    EXPECT_EQ(stringOf(store, "K", "S"), "FILE");
 }
 
 TEST_F(Values, AnotherTextIsStoredAndItsLengthToldTwice) {

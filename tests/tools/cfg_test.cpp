@@ -1,5 +1,7 @@
 // kv cfg.
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <sys/stat.h>
 
@@ -52,6 +54,10 @@ TEST_F(Cfg, TellsWhatCanNotBeGot) {
     makeFile("other.xml", "<Other/>");
     EXPECT_EQ(runKv({"cfg", "-f", "other.xml", "list"}).err,
               "kv: cannot open settings 'other.xml': it is XML, but holds no settings\n");
+    makeFile("euro.xml",
+             "<?xml version=\"1.0\" encoding=\"iso-8859-1\"?><KorvaneConfig><S>&#8364;</S></KorvaneConfig>");
+    EXPECT_EQ(runKv({"cfg", "-f", "euro.xml", "list"}).err,
+              std::string("kv: cannot open settings 'euro.xml': ") + std::strerror(EILSEQ) + "\n");
 }
 
 TEST_F(Cfg, ListsATree) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <set>
 #include <utility>
 
@@ -41,8 +42,12 @@ std::optional<SettingsStore> SettingsStore::open(const std::string& path) {
     }
     KVTiXmlConfig* const handle = path.empty() ? kvCFGCheckHandle(KVSTDCONFIG) : kvCFGOpen(path.c_str(), 0);
     if (handle != nullptr) return SettingsStore(handle);
-    complain("cannot open settings '" + (path.empty() ? std::string("config.xml") : path) +
-             "': it is XML, but holds no settings");
+    const std::string name = path.empty() ? "config.xml" : path;
+    if (errno == EINVAL) {
+        complain("cannot open settings '" + name + "': it is XML, but holds no settings");
+    } else {
+        complainOf("open settings", name);
+    }
     return std::nullopt;
 }
 
