@@ -4,12 +4,12 @@
 // that could name another file. Only formatText cuts, and says nothing of it: it is for messages, not for paths.
 #pragma once
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
-#include <strings.h>
 
 namespace kv::border {
 
@@ -53,9 +53,26 @@ inline bool appendPath(char* target, std::string_view text) {
     return false;
 }
 
+/// The letter, small if it is a capital of ASCII. The host's locale has no say, as it has in tolower and strcasecmp: in
+/// a Turkish one "SIP:" is not "sip:" there.
+constexpr char lowerCase(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+/// Whether two texts are the same, in any case of ASCII letters.
+constexpr bool equalAnyCase(std::string_view a, std::string_view b) noexcept {
+    return std::ranges::equal(a, b, {}, lowerCase, lowerCase);
+}
+
 /// Whether `text` begins with `prefix`, in any case of ASCII letters.
-inline bool beginsWithAnyCase(std::string_view text, std::string_view prefix) {
-    return text.size() >= prefix.size() && strncasecmp(text.data(), prefix.data(), prefix.size()) == 0;
+constexpr bool beginsWithAnyCase(std::string_view text, std::string_view prefix) noexcept {
+    return equalAnyCase(text.substr(0, prefix.size()), prefix);
+}
+
+/// Where `part` first stands in `text`, in any case of ASCII letters; npos if nowhere.
+constexpr std::size_t findAnyCase(std::string_view text, std::string_view part) noexcept {
+    for (std::size_t at = 0; at + part.size() <= text.size(); ++at) {
+        if (beginsWithAnyCase(text.substr(at), part)) return at;
+    }
+    return std::string_view::npos;
 }
 
 /// A null text as an empty one.

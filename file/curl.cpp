@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
+#include <fcntl.h>
 #include <string>
 #include <string_view>
 
 #include "border/guard.h"
 #include "border/relaxed.h"
+#include "border/secrets.h"
+#include "border/text.h"
 #include "errlog.h"
 
 namespace kv::file {
@@ -34,23 +36,24 @@ std::string_view markOf(curl_infotype type) noexcept {
 
 /// Where in a line a login begins, if it holds one: behind the name of a header, whatever stands ahead of it, or behind
 /// the command of an FTP password.
-std::size_t secretIn(const std::string& line) {
-    for (const char* const name : {"authorization:", "> PASS "}) {
-        const char* const found = strcasestr(line.c_str(), name);
-        if (found != nullptr) return static_cast<std::size_t>(found - line.c_str()) + std::strlen(name);
+std::size_t loginIn(std::string_view line) {
+    for (const std::string_view name : {"authorization:", "> PASS "}) {
+        const std::size_t found = border::findAnyCase(line, name);
+        if (found != std::string_view::npos) return found + name.size();
     }
-    return std::string::npos;
+    return std::string_view::npos;
 }
 
-/// The text without what a login is: whoever reads the messages must not be able to use it.
-std::string withoutSecrets(const std::string& text) {
+/// The text without what a login is, in headers and in locators: whoever reads the messages must not be able to use it.
+std::string withoutLogins(std::string_view text) {
     std::string shown;
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t end = std::min(text.find('\n', at), text.size() - 1) + 1;
-        const std::string line = text.substr(at, end - at);
-        const std::size_t secret = secretIn(line);
-        shown += secret == std::string::npos ? line : line.substr(0, secret) + " (not shown)\r\n";
-        at = end;
+    while (!text.empty()) {
+        const std::size_t length = std::min(text.find('\n'), text.size() - 1) + 1;
+        const std::string_view line = text.substr(0, length);
+        const std::size_t login = loginIn(line);
+        shown += border::withoutSecrets(line.substr(0, login));
+        if (login != std::string_view::npos) shown += " (not shown)\r\n";
+        text.remove_prefix(length);
     }
     return shown;
 }
@@ -59,7 +62,7 @@ int tell(CURL*, curl_infotype type, char* data, std::size_t size, void*) noexcep
     const std::string_view mark = markOf(type);
     if (mark.empty() || border::relaxedLoad(gdwOutputToStdDebug) == 0) return 0;
     return border::atBorder(0, [&] {
-        const std::string text = withoutSecrets(std::string(mark).append(data, size));
+        const std::string text = withoutLogins(std::string(mark).append(data, size));
         _DbgOutString(0, text.c_str());
         return 0;
     });
@@ -81,12 +84,19 @@ int errorOfStatus(long status) noexcept {
     }
 }
 
+/// A program that is started while a transfer is open would keep its connection.
+int keepFromPrograms(void*, curl_socket_t socket, curlsocktype) noexcept {
+    fcntl(socket, F_SETFD, FD_CLOEXEC);
+    return CURL_SOCKOPT_OK;
+}
+
 }  // namespace
 
 CURL* newTransfer() noexcept {
     CURL* const transfer = isLibraryReady() ? curl_easy_init() : nullptr;
     if (transfer == nullptr) return nullptr;
     curl_easy_setopt(transfer, CURLOPT_DEBUGFUNCTION, &tell);
+    curl_easy_setopt(transfer, CURLOPT_SOCKOPTFUNCTION, &keepFromPrograms);
     // A server must not send us to a file of this machine, or to services that nobody meant.
     curl_easy_setopt(transfer, CURLOPT_PROTOCOLS_STR, "http,https,ftp");
     curl_easy_setopt(transfer, CURLOPT_REDIR_PROTOCOLS_STR, "http,https,ftp");

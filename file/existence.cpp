@@ -36,7 +36,7 @@ bool opensForReading(const char* path) {
 bool existsLocally(const char* path) {
     struct stat status;
     if (stat(path, &status) == 0) return true;
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(path, "rb"), std::fclose);
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(path, "rbe"), std::fclose);
     return stream != nullptr;
 }
 

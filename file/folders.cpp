@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
+#include <mutex>
 #include <pwd.h>
 #include <string_view>
 #include <sys/stat.h>
@@ -92,21 +93,37 @@ bool existsOrIsMade(const char* directory) {
     return kvOSFileExists(directory) != 0 || kvOSMakeDir(directory, kUsualMode) == 0;
 }
 
-/// The file mode mask of the process is 0 while this lives, so that a directory gets its mode as asked.
+/// The file mode mask of the process is 0 while this lives, so that a directory gets its mode as asked. One at a time:
+/// a second one would take the 0 of the first for the mask to restore.
 class NoModeMask {
 public:
-    NoModeMask() : before_(umask(0)) {}
+    NoModeMask() : alone_(changing), before_(umask(0)) {}
     ~NoModeMask() { umask(before_); }
     NoModeMask(const NoModeMask&) = delete;
     NoModeMask& operator=(const NoModeMask&) = delete;
 
 private:
+    static inline constinit std::mutex changing;
+
+    std::lock_guard<std::mutex> alone_;
     mode_t before_;
 };
+
+/// Whether the directory is there that one is to be made in; errno is what mkdir would leave where it is not.
+bool hasParent(std::string_view path) {
+    while (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
+    const std::size_t slash = path.rfind('/');
+    border::PathBuffer parent;
+    struct stat status;
+    border::copyPath(parent, slash == std::string_view::npos ? "." : path.substr(0, slash + 1));
+    return stat(parent, &status) == 0;
+}
 
 std::int32_t makeDirectory(const char* path, std::uint32_t mode) {
     border::PathBuffer target;
     if (!redirected(path, target) || isNetworkPath(target)) return -1;
+    // Each open of a URL looks for its token in folders that may not be there, and other threads make files meanwhile.
+    if (!hasParent(target)) return -1;
     const NoModeMask noMask;
     return mkdir(target, mode == 0 ? kUsualMode : static_cast<mode_t>(mode & 0xFFFF));
 }

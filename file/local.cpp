@@ -24,13 +24,15 @@ std::FILE* streamOf(kvOSFileHandle& file) { return static_cast<std::FILE*>(file.
 
 bool isCreating(std::uint32_t creation) { return creation == KVFILE_CREATE_NEW || creation == KVFILE_CREATE_ALWAYS; }
 
-/// The whole mapping of access and creation to stdio modes. Looser than the Win32 call's, and meant so.
+/// The whole mapping of access and creation to stdio modes. Looser than the Win32 call's, and meant so. The "e" is no
+/// part of it: it keeps the file from programs that are started meanwhile, which would hold what was deleted on the
+/// disk.
 std::FILE* openStream(const char* path, std::uint32_t access, std::uint32_t creation) {
-    if (access == KVFILE_READ) return std::fopen(path, "rb");
-    if (access != KVFILE_WRITE) return std::fopen(path, isCreating(creation) ? "wb+" : "rb+");
-    if (isCreating(creation)) return std::fopen(path, "wb");
-    std::FILE* existing = std::fopen(path, "rb+");
-    return existing != nullptr ? existing : std::fopen(path, "wb+");
+    if (access == KVFILE_READ) return std::fopen(path, "rbe");
+    if (access != KVFILE_WRITE) return std::fopen(path, isCreating(creation) ? "wb+e" : "rb+e");
+    if (isCreating(creation)) return std::fopen(path, "wbe");
+    std::FILE* existing = std::fopen(path, "rb+e");
+    return existing != nullptr ? existing : std::fopen(path, "wb+e");
 }
 
 /// A buffer that the system allocates, its size halved until the system accepts it. A system may accept a size and keep

@@ -1,14 +1,18 @@
 // The one redirect, which the calls by name apply to their path first.
 //
 // Both texts must be set for it to happen, and only the first match at the start of the path counts: the result is
-// never matched again. The settings are asked for them once, by the first call that finds the default store open; no
-// call opens it for that.
+// never matched again. The settings are asked for them by the first call that finds the default store open; no call
+// opens it for that. No lock of this file is held while the store is asked, since its users may come here with locks of
+// theirs: calls that meet here each read for themselves, and the first to have both texts makes them the process's.
 #include "file/redirect.h"
 
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <mutex>
 #include <string_view>
+#include <utility>
 
 #include "border/guard.h"
 #include "border/relaxed.h"
@@ -32,45 +36,55 @@ struct Redirect {
 
 constexpr const char* kKey = "MediaKiln\\Advanced";
 
-enum class Loading { notYet, underWay, done };
-std::atomic<Loading> loading{Loading::notYet};
+std::atomic<bool> isLoaded{false};
+constinit std::mutex publishing;  // nothing is called while it is held
 
-/// The text of a setting, from malloc; null for a missing or empty one.
-char* textOf(KVTiXmlConfig* settings, const char* name) noexcept {
-    return border::atBorder<char*>(nullptr, [&]() -> char* {
+/// A thread that reads the settings and comes here again by that goes on with what there is.
+constinit thread_local bool isReadingHere = false;
+
+struct Free {
+    void operator()(char* text) const noexcept { std::free(text); }
+};
+using OwnedText = std::unique_ptr<char, Free>;
+
+/// The text of a setting; null for a missing or empty one.
+OwnedText textOf(KVTiXmlConfig* settings, const char* name) noexcept {
+    return border::atBorder(OwnedText(), [&] {
         const auto text = border::storedText(settings, kKey, name);
-        return text && !text->empty() ? strdup(text->c_str()) : nullptr;
+        return OwnedText(text && !text->empty() ? strdup(text->c_str()) : nullptr);
     });
 }
 
-/// Publishes a text with what it holds.
-void store(char*& variable, char* text) noexcept { std::atomic_ref(variable).store(text, std::memory_order_release); }
+/// Publishes a text with what it holds; it stays for the life of the process.
+void store(char*& variable, OwnedText text) noexcept {
+    std::atomic_ref(variable).store(text.release(), std::memory_order_release);
+}
 
 /// A host's own texts are replaced and stay the host's. Meant: a replacement that was set before costs the source that
 /// was just read, so that there is no redirect.
-void loadTexts(KVTiXmlConfig* settings) noexcept {
-    char* const source = textOf(settings, "ReDir_Source");
-    if (source != nullptr) store(gszReDir_Source, source);
-    char* const newDir = textOf(settings, "ReDir_NewDir");
-    if (newDir == nullptr) return;
-    if (border::relaxedLoad(gszReDir_NewDir) != nullptr) {
+void publish(OwnedText source, OwnedText newDir) noexcept {
+    const std::lock_guard alone(publishing);
+    if (isLoaded.load(std::memory_order_relaxed)) return;
+    if (newDir != nullptr && border::relaxedLoad(gszReDir_NewDir) != nullptr) {
         store(gszReDir_Source, nullptr);
-        std::free(source);
+    } else if (source != nullptr) {
+        store(gszReDir_Source, std::move(source));
     }
-    store(gszReDir_NewDir, newDir);
+    if (newDir != nullptr) store(gszReDir_NewDir, std::move(newDir));
+    isLoaded.store(true, std::memory_order_release);
 }
 
-/// Meant: what is set in the store after the first call is not seen. Other threads do not wait for the one that reads:
-/// it waits for the store, and they may hold what the store's user wants.
+/// Meant: what is set in the store after the first call is not seen.
 void loadOnce() noexcept {
-    if (loading.load(std::memory_order_relaxed) == Loading::done) return;
+    if (isLoaded.load(std::memory_order_acquire) || isReadingHere) return;
     // One handle for all: KVSTDCONFIG would open a store anew that is closed meanwhile.
     KVTiXmlConfig* const settings = kvCFGDefaultIfOpen();
     if (settings == nullptr) return;
-    Loading before = Loading::notYet;
-    if (!loading.compare_exchange_strong(before, Loading::underWay)) return;
-    loadTexts(settings);
-    loading.store(Loading::done);
+    isReadingHere = true;
+    OwnedText source = textOf(settings, "ReDir_Source");
+    OwnedText newDir = textOf(settings, "ReDir_NewDir");
+    isReadingHere = false;
+    publish(std::move(source), std::move(newDir));
 }
 
 char* acquired(char*& variable) noexcept { return std::atomic_ref(variable).load(std::memory_order_acquire); }
@@ -84,9 +98,9 @@ Redirect currentRedirect() noexcept {
 
 bool redirected(const char* path, border::PathBuffer& target) noexcept {
     target[0] = '\0';
+    const Redirect redirect = currentRedirect();
     if (path == nullptr) return refuseNull(false);
     const std::string_view text = path;
-    const Redirect redirect = currentRedirect();
     if (!redirect.isSet() || !border::beginsWithAnyCase(text, redirect.source)) return border::copyPath(target, text);
     const std::string_view rest = text.substr(std::string_view(redirect.source).size());
     if (border::copyPath(target, redirect.newDir) && border::appendPath(target, rest)) return true;
@@ -97,6 +111,9 @@ bool redirected(const char* path, border::PathBuffer& target) noexcept {
 }  // namespace kv::file
 
 void kvOSReDir(const char* pSource, char* pTarget) {
-    if (pTarget == nullptr) return;
+    if (pTarget == nullptr) {
+        kv::file::loadOnce();
+        return;
+    }
     kv::file::redirected(pSource, *reinterpret_cast<kv::border::PathBuffer*>(pTarget));
 }

@@ -31,13 +31,13 @@ Written writeText(std::int64_t handle, const char* text, std::size_t length) {
         return {false, 0};
     }
     const auto count = static_cast<std::uint32_t>(length);
-    std::uint32_t written = 0;
     if (isValid(handle)) {
         for (const std::int64_t output : outputsOf(recordOf(handle))) {
-            kvOSWriteFile(output, text, count, &written, nullptr);
+            std::uint32_t toOutput = 0;  // for a URL this is the room for an answer, which must not come into the text
+            kvOSWriteFile(output, text, count, &toOutput, nullptr);
         }
     }
-    written = 0;
+    std::uint32_t written = 0;
     const bool succeeded = kvOSWriteFile(handle, text, count, &written, nullptr) == 1;
     return {succeeded, written};
 }

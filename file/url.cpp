@@ -8,6 +8,9 @@
 namespace kv::file {
 namespace {
 
+/// Redirects that the transfer library follows by itself in one request; it would follow a circle for ever.
+constexpr long kMostRedirects = 30;
+
 bool closeUrl(kvOSFileHandle& file) {
     curl_slist_free_all(file.pHeaders);
     if (file.pFile != nullptr) curl_easy_cleanup(file.pFile);
@@ -17,6 +20,18 @@ bool closeUrl(kvOSFileHandle& file) {
 }
 
 }  // namespace
+
+void setOptionsOfFile(CURL* transfer) noexcept {
+    curl_easy_setopt(transfer, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(transfer, CURLOPT_MAXREDIRS, kMostRedirects);
+    curl_easy_setopt(transfer, CURLOPT_FAILONERROR, 1L);
+    trustAnyCertificate(transfer);
+}
+
+void trustAnyCertificate(CURL* transfer) noexcept {
+    curl_easy_setopt(transfer, CURLOPT_SSL_VERIFYPEER, 0L);
+    curl_easy_setopt(transfer, CURLOPT_SSL_VERIFYHOST, 0L);
+}
 
 constinit const FileKind kUrlFile{
     .read = readUrl, .write = writeUrl, .close = closeUrl, .repeatsWrites = true, .seeksWhenWriting = false};

@@ -26,9 +26,6 @@ namespace {
 
 constexpr int kAttempts = 6;
 
-/// Redirects that the transfer library follows by itself in one attempt; it would follow a circle for ever.
-constexpr long kMostRedirects = 30;
-
 /// How an attempt ended.
 struct Attempt {
     CURLcode result;
@@ -88,15 +85,11 @@ Attempt attempt(kvOSFileHandle& file, const std::string& url) {
     curl_easy_setopt(transfer, CURLOPT_WRITEFUNCTION, &write_callback_open);
     curl_easy_setopt(transfer, CURLOPT_NOBODY, 1L);
     curl_easy_setopt(transfer, CURLOPT_HEADER, 1L);
-    curl_easy_setopt(transfer, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(transfer, CURLOPT_MAXREDIRS, kMostRedirects);
-    curl_easy_setopt(transfer, CURLOPT_FAILONERROR, 1L);
+    setOptionsOfFile(transfer);
     if (isForWriting(file)) {
         curl_easy_setopt(transfer, CURLOPT_UPLOAD, 1L);
         curl_easy_setopt(transfer, CURLOPT_APPEND, 1L);
     }
-    curl_easy_setopt(transfer, CURLOPT_SSL_VERIFYPEER, 0L);
-    curl_easy_setopt(transfer, CURLOPT_SSL_VERIFYHOST, 0L);
     return isForWriting(file) ? kNoRequest : askForHeaders(file);
 }
 
@@ -124,7 +117,7 @@ std::optional<std::string> redirectedTo(const kvOSFileHandle& file, const Attemp
         "\nRedirect return, likely your token authentication is not setup properly, so it is attempting a oath2 "
         "redirect\n");
     const std::string headers(caughtHeaders(file));
-    if (!headers.empty()) ErrOut("%s", headers.c_str());
+    if (!headers.empty()) ErrOut("%s", border::withoutSecrets(headers).c_str());
     return locationIn(headers);
 }
 

@@ -167,7 +167,9 @@ KVUTIL_API int32_t kvOSRenameFile(const char *pOldPath, const char *pNewPath);
 /**
  * Makes a directory; only the last component of the path is made.
  *
- * The process's file mode mask is 0 while the call runs: a file that another thread makes in that moment has no mask.
+ * The process's file mode mask is 0 for a moment, unless the parent is missing: a file that another thread makes then
+ * has no mask, and a mask that it sets is lost. Calls of this from several threads go one by one, so that the mask
+ * stays theirs.
  *
  * @param dwMode  mode bits, of which the low 16 count, used as they stand; 0 means octal 775.
  * @return 0; -1 on failure and for a network path.

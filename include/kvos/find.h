@@ -173,8 +173,8 @@ typedef uint32_t (*kvOSRecurseCallback)(void *pContext, const char *pPath, uint3
  * "/" is added to every directory, also to one that ends in one, so that paths below a subdirectory hold "//".
  *
  * @param pContext    handed to the callback.
- * Meant: where the folders of a store have names of one letter, which the find calls show cut, what is reported below
- * them is what lies at the top of the bucket.
+ * Meant: below a folder of one letter at the top of a store, which kvOSFindFirstFile can't list, what is reported is
+ * what lies at the top of the bucket.
  *
  * @param pDirectory  with or without a final "/"; of a store with one, as kvOSFileIsDir wants it.
  * @param dwFlags     KVRECURSE_... bits; others are ignored.

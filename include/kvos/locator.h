@@ -18,10 +18,11 @@ extern "C" {
 /*
  * The one redirect of the process: with both texts set, a path that begins with gszReDir_Source has that prefix
  * replaced by gszReDir_NewDir, in the calls that kvOSReDir names. Both are null at start. The first such call after the
- * default store was opened takes them from "ReDir_Source" and "ReDir_NewDir" under "MediaKiln\Advanced"; a missing or
- * empty one changes nothing, and what is set there later is not seen. A host that sets them does so before it starts
- * its threads, keeps the texts alive, and owns them. Meant: with gszReDir_NewDir set by the host and another one in the
- * settings, gszReDir_Source becomes null, so that there is no redirect.
+ * default store was opened takes them from "ReDir_Source" and "ReDir_NewDir" under "MediaKiln\Advanced", and no thread
+ * goes on without them meanwhile, but waits for the store's lock; a missing or empty one changes nothing, and what is
+ * set there later is not seen. A host that sets them does so before it starts its threads, keeps the texts alive, and
+ * owns them. Meant: with gszReDir_NewDir set by the host and another one in the settings, gszReDir_Source becomes null,
+ * so that there is no redirect.
  */
 extern KVUTIL_API char *gszReDir_Source; /* prefix to replace, in any case of ASCII letters; null: no redirect */
 extern KVUTIL_API char *gszReDir_NewDir; /* what stands for it; null: no redirect */
@@ -34,7 +35,7 @@ extern KVUTIL_API char *gszReDir_NewDir; /* what stands for it; null: no redirec
  * result is not matched again and no separator is added. Without a match the target is a copy of the source.
  *
  * @param pSource  the path; null makes the target empty, with last error EINVAL.
- * @param pTarget  4096 bytes, not overlapping the source; null: nothing happens.
+ * @param pTarget  4096 bytes, not overlapping the source; null: the settings are read like by any other call, no more.
  *
  * Last error: ENAMETOOLONG when the result does not fit, and the target is then empty; otherwise untouched.
  */

@@ -76,8 +76,8 @@ typedef struct kvOSProcessInformation {
 
 /**
  * Starts a program and does not wait for it. It gets this process's environment, working directory and those open
- * descriptors that are not marked to be closed. The caller waits for it in the end, with waitpid on dwProcessId: until
- * then what is left of an ended program stays in the system's table.
+ * descriptors that are not marked to be closed, as those of local files from kvOSCreateFile are. The caller waits for
+ * it in the end, with waitpid on dwProcessId: until then what is left of an ended program stays in the system's table.
  *
  * The command line is split at blanks into arguments; the first argument is always pApplication. A piece that begins
  * with a double quote goes on, blanks included, to the end of the next piece that ends with one, or else to the end of

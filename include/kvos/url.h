@@ -40,7 +40,7 @@ KVUTIL_API size_t write_callback_read(char *pData, size_t nSize, size_t nCount, 
 /** Gives up to nSize * nCount bytes of what a write sends; how many. 0 at the end. */
 KVUTIL_API size_t read_callback_write(char *pTarget, size_t nSize, size_t nCount, void *pFile);
 
-/** Does nothing and returns 0, which lets an upload begin behind the start of the file. Meant. */
+/** Does nothing and returns 0, for transfers that read: they have nothing to go back to. Meant. */
 KVUTIL_API int seek_callback(void *pFile, int64_t nOffset, int nOrigin);
 
 /**
@@ -48,7 +48,7 @@ KVUTIL_API int seek_callback(void *pFile, int64_t nOffset, int nOrigin);
  *
  * The first of these that the file gives is used: its refresh token, its password, neither. A file without a client
  * identifier or without a client secret is left alone. The certificate of the endpoint is not verified, as on every
- * file transfer; an endpoint that does not answer within 15 seconds counts as failed.
+ * transfer of a file; an endpoint that does not answer within 15 seconds counts as failed.
  *
  * @param pFile  the record of an HTTP or HTTPS handle.
  * @return 0, always. Meant: whether there is a token shows in the requests that follow.

@@ -33,4 +33,16 @@ TEST(Secrets, TheSignatureOfAPresignedUrlIsLeftOut) {
     EXPECT_EQ(withoutSecrets("https://host/k?X-Amz-Signature=0123&X-Amz-Date=1"),
               "https://host/k?X-Amz-Signature=***&X-Amz-Date=1");
     EXPECT_EQ(withoutSecrets("https://host/k?X-Amz-Signature=0123"), "https://host/k?X-Amz-Signature=***");
+    EXPECT_EQ(withoutSecrets("X-Amz-Signature=01&X-Amz-Signature=23"), "X-Amz-Signature=***&X-Amz-Signature=***");
+}
+
+TEST(Secrets, OfLocatorsInTheLinesOfATalkAreLeftOut) {
+    EXPECT_EQ(withoutSecrets("> GET /x?X-Amz-Signature=01 HTTP/1.1\r\n> Host: h:80\r\n"),
+              "> GET /x?X-Amz-Signature=*** HTTP/1.1\r\n> Host: h:80\r\n");
+    EXPECT_EQ(withoutSecrets("* Issue another request to this URL: 'http://u:pw@h/?X-Amz-Signature=01'\n"),
+              "* Issue another request to this URL: 'http://u:***@h/?X-Amz-Signature=***'\n");
+    EXPECT_EQ(withoutSecrets("http://h/\nhttp://u:one@h/\nftp://u:two@h/ s3://u:th/ree@h"),
+              "http://h/\nhttp://u:***@h/\nftp://u:***@h/ s3://u:***@h");
+    EXPECT_EQ(withoutSecrets("< Location: http://h:80/\r\n\r\n< From: a@b"),
+              "< Location: http://h:80/\r\n\r\n< From: a@b");
 }

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "support/turkish_locale.h"
+
 namespace {
 
 using namespace kv::border;
@@ -92,6 +94,32 @@ TEST(BeginsWithAnyCase, ComparesThePrefixAlone) {
     EXPECT_FALSE(beginsWithAnyCase("mem:/", "mem://"));
     EXPECT_FALSE(beginsWithAnyCase("", "m"));
     EXPECT_FALSE(beginsWithAnyCase("xmem://", "mem://"));
+}
+
+TEST(EqualAnyCase, ComparesWholeTexts) {
+    EXPECT_TRUE(equalAnyCase("", ""));
+    EXPECT_TRUE(equalAnyCase("File[", "fILE["));
+    EXPECT_FALSE(equalAnyCase("file", "file:"));
+    EXPECT_FALSE(equalAnyCase("file:", "file"));
+    EXPECT_FALSE(equalAnyCase("[", "{"));  // as far from each other as "A" from "a"
+    EXPECT_FALSE(equalAnyCase("\xC4", "\xE4"));
+}
+
+TEST(FindAnyCase, TellsWhereAPartFirstStands) {
+    EXPECT_EQ(findAnyCase("a LOCATION: location:", "Location:"), 2u);
+    EXPECT_EQ(findAnyCase("text", "T"), 0u);
+    EXPECT_EQ(findAnyCase("text", "xT"), 2u);
+    EXPECT_EQ(findAnyCase("text", ""), 0u);
+    EXPECT_EQ(findAnyCase("tex", "text"), std::string_view::npos);
+    EXPECT_EQ(findAnyCase("", "t"), std::string_view::npos);
+}
+
+TEST(AnyCase, IsThatOfAsciiInATurkishLocaleAsWell) {
+    const kvtest::TurkishLocale turkish;
+    if (!turkish.isInForce()) GTEST_SKIP() << "the locale can't be made here";
+    EXPECT_TRUE(beginsWithAnyCase("SIP:x", "sip:"));
+    EXPECT_TRUE(equalAnyCase("FILE", "file"));
+    EXPECT_EQ(findAnyCase("A LOCATION:", "Location:"), 2u);
 }
 
 TEST(OrEmpty, TakesNullForAnEmptyText) {

@@ -8,8 +8,10 @@
 #include <pwd.h>
 #include <string>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 #include "kvos/attributes.h"
 #include "kvos/locator.h"
@@ -55,6 +57,7 @@ const std::string kSystemConfig = "/Library/Application Support/Korvane/";
 std::string userConfig() { return std::string(std::getenv("HOME")) + "/Library/Application Support/Korvane/"; }
 
 bool gUserHasNoHome = false;
+int gMaskChanges = 0;
 
 void makeUserLibrary() { fs::create_directories(std::string(std::getenv("HOME")) + "/Library/Application Support"); }
 
@@ -73,6 +76,13 @@ extern "C" __attribute__((visibility("default"))) int getpwuid_r(uid_t user, pas
     *found = entry;
     return 0;
 }
+
+// Counts the changes of the mask.
+extern "C" __attribute__((visibility("default"))) mode_t umask(mode_t mask) {
+    static const auto next = reinterpret_cast<mode_t (*)(mode_t)>(dlsym(RTLD_NEXT, "umask"));
+    ++gMaskChanges;
+    return next(mask);
+}
 #endif
 
 // ---- making and changing ----
@@ -88,6 +98,37 @@ TEST(MakeDir, MakesOneDirectoryWithTheModeAsAskedWhateverTheMask) {
     EXPECT_EQ(modeOf(scratch / "usual"), 0775u);
     EXPECT_EQ(modeOf(scratch / "cut"), 0700u);
 }
+
+TEST(MakeDir, FromSeveralThreadsAtOnceLeavesTheMask) {
+    kvtest::ScratchFolder scratch;
+    const mode_t before = umask(027);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([own = scratch / std::to_string(i)] {
+            for (int round = 0; round < 500; ++round) {
+                kvOSMakeDir(own.c_str(), 0);
+                rmdir(own.c_str());
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(umask(before), 027u);
+}
+
+#ifdef __GLIBC__
+TEST(MakeDir, LeavesTheMaskAloneWhereTheParentIsMissing) {
+    kvtest::ScratchFolder scratch;
+    kvtest::makeFile(scratch / "file");
+    gMaskChanges = 0;
+    EXPECT_EQ(kvOSMakeDir((scratch / "missing/folder//").c_str(), 0), -1);
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(kvOSMakeDir((scratch / "file/folder").c_str(), 0), -1);
+    EXPECT_EQ(errno, ENOTDIR);
+    EXPECT_EQ(gMaskChanges, 0);
+    EXPECT_EQ(kvOSMakeDir((scratch / "folder//").c_str(), 0), 0);
+    EXPECT_GT(gMaskChanges, 0);
+}
+#endif
 
 TEST(MakeDir, OnlyTheLastComponentIsMade) {
     kvtest::ScratchFolder scratch;

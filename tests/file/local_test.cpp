@@ -353,6 +353,21 @@ TEST(LocalSize, MissingFileByNameHasNone) {
     EXPECT_EQ(messages.count("kvOSCreateFile("), 1u);
 }
 
+TEST(LocalFile, IsNotHandedToProgramsThatAreStarted) {
+    const ScratchFolder folder;
+    const std::string path = folder / "clip";
+    for (const std::uint32_t access : {KVFILE_WRITE, KVFILE_READ, KVFILE_READ | KVFILE_WRITE}) {
+        for (const std::uint32_t creation : {KVFILE_CREATE_ALWAYS, KVFILE_OPEN_EXISTING}) {
+            const OwnedFile file = openFile(path, access, creation);
+            ASSERT_TRUE(file.isOpen());
+            const int descriptor = fileno(static_cast<std::FILE*>(file.record().pFile));
+            EXPECT_EQ(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC) << access << " " << creation;
+        }
+    }
+    const OwnedFile made = openFile(folder / "made", KVFILE_WRITE, KVFILE_OPEN_EXISTING);
+    EXPECT_EQ(fcntl(fileno(static_cast<std::FILE*>(made.record().pFile)), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
+}
+
 TEST(LocalFolder, FileInAReadOnlyFolderCanNotBeMade) {
     const ScratchFolder folder;
     openToAll(folder.path());

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kvos/locator.h"
+#include "support/turkish_locale.h"
 
 namespace {
 
@@ -73,4 +74,13 @@ TEST(LocatorSchemes, NullAndEmptyTextsAreNothing) {
         EXPECT_EQ(kvOSIsNetworkStream(text), 0u);
         EXPECT_EQ(kvOSIsNetworkSource(text), 0u);
     }
+}
+
+TEST(LocatorSchemes, AreTheSameInATurkishLocale) {
+    const kvtest::TurkishLocale turkish;
+    if (!turkish.isInForce()) GTEST_SKIP() << "the locale can't be made here";
+    for (const char* text : {"SIP:x", "RIST:x", "WHIP:x", "HLSLIVE:x"}) EXPECT_EQ(kvOSIsNetworkStream(text), 1u);
+    EXPECT_EQ(kvOSIsNetworkFile("GLACIER:x"), 1u);
+    char path[4096];
+    EXPECT_STREQ(kvOSFullPath(path, "FILE:///x", sizeof path), "/x");
 }

@@ -1,14 +1,18 @@
 // The one redirect of the process.
+#include <atomic>
 #include <cerrno>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
+#include <thread>
+#include <vector>
 
 #include "kvcfg.h"
 #include "kvos/attributes.h"
 #include "kvos/file.h"
 #include "kvos/locator.h"
+#include "kvos/sync.h"
 #include "support/scratch.h"
 
 namespace {
@@ -222,4 +226,54 @@ TEST_F(RedirectFromSettings, AMissingOneLeavesTheHosts) {
     gszReDir_NewDir = mine.data();
     set("ReDir_Source", "/vol1");
     EXPECT_EQ(redirect("/vol1/a"), "/mine/a");
+}
+
+TEST_F(RedirectFromSettings, IsReadByACallWithoutATargetAsWell) {
+    set("ReDir_Source", "/vol1");
+    set("ReDir_NewDir", "/vol2");
+    kvOSReDir("/vol1/a", nullptr);
+    EXPECT_STREQ(gszReDir_Source, "/vol1");
+    EXPECT_STREQ(gszReDir_NewDir, "/vol2");
+}
+
+TEST_F(RedirectFromSettings, NoThreadGoesOnWithoutItWhileAnotherReads) {
+    set("ReDir_Source", "/vol1");
+    set("ReDir_NewDir", "/vol2");
+    constexpr int kThreads = 8;
+    std::atomic<int> begun{0};
+    std::vector<std::string> results(kThreads);
+    std::vector<std::thread> threads;
+    {
+        const CDAutoLock noneReadsYet(&kvCFGDefaultIfOpen()->lock);
+        for (std::string& result : results) {
+            threads.emplace_back([&] {
+                begun.fetch_add(1);
+                result = redirect("/vol1/a");
+            });
+        }
+        while (begun.load() < kThreads) std::this_thread::yield();
+    }
+    for (std::thread& thread : threads) thread.join();
+    for (const std::string& result : results) EXPECT_EQ(result, "/vol2/a");
+}
+
+TEST_F(RedirectFromSettings, TheThreadThatHoldsTheStoreReadsItWhileOthersWaitForIt) {
+    set("ReDir_Source", "/vol1");
+    set("ReDir_NewDir", "/vol2");
+    std::atomic<bool> hasBegun{false};
+    std::string others;
+    std::string mine;
+    std::thread other;
+    {
+        const CDAutoLock held(&kvCFGDefaultIfOpen()->lock);
+        other = std::thread([&] {
+            hasBegun.store(true);
+            others = redirect("/vol1/a");
+        });
+        while (!hasBegun.load()) std::this_thread::yield();
+        mine = redirect("/vol1/a");
+    }
+    other.join();
+    EXPECT_EQ(mine, "/vol2/a");
+    EXPECT_EQ(others, "/vol2/a");
 }

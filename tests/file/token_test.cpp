@@ -100,6 +100,17 @@ TEST_F(Token, IsFetchedAndSentWithEveryRequest) {
     EXPECT_EQ(requests[2].header("Authorization"), "Bearer first");
 }
 
+TEST_F(Token, IsSentByAPutAfterAPostThatGoesWithoutIt) {
+    ScriptedServer server([](const Request& request) { return answered(request.target == "/token" ? kAnswer : ""); });
+    const OwnedFile file = openFile(protect(server), KVFILE_WRITE, KVFILE_CREATE_ALWAYS);
+    for (const char* method : {"POST", static_cast<const char*>(nullptr)}) {
+        std::uint32_t word = 0;
+        auto* const how = reinterpret_cast<kvOSOverlapped*>(const_cast<char*>(method));
+        EXPECT_EQ(kvOSWriteFile(file.handle(), "hello", 5, &word, how), 1u);
+        EXPECT_EQ(server.requests().back().header("Authorization"), method == nullptr ? "Bearer first" : "");
+    }
+}
+
 TEST_F(Token, IsNotShownByTheTalkOfReading) {
     ScriptedServer server([](const Request& request) { return serve(request, "first", kAnswer); });
     const OwnedFile file = openForReading(protect(server));

@@ -229,6 +229,18 @@ TEST(UrlOpen, PercentSignsInHeadersOfARedirectAreNoConversions) {
     EXPECT_EQ(messages.count("X-Text: %s%n%s%n%d"), 1u);
 }
 
+TEST(UrlOpen, SignaturesAndPasswordsInHeadersOfARedirectAreNotShown) {
+    ScriptedServer server([&server](const Request&) {
+        return redirect(302, "http://me:secret@" + server.host() + "/again?X-Amz-Signature=0feed0&X-Amz-Date=1");
+    });
+    CapturedMessages messages;
+    EXPECT_FALSE(openForReading(server.url("/again")).isOpen());
+    EXPECT_EQ(messages.count("/again?X-Amz-Signature=***&X-Amz-Date=1\r\n"), 6u);
+    EXPECT_EQ(messages.count("http://me:***@"), 6u);
+    EXPECT_EQ(messages.count("0feed0"), 0u);
+    EXPECT_EQ(messages.count("secret"), 0u);
+}
+
 TEST(UrlOpen, HeadersLargerThanTheBufferAreCut) {
     ScriptedServer server([](const Request&) {
         Answer answer = redirect(302, "");

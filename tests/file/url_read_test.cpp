@@ -333,6 +333,21 @@ TEST_F(UrlRead, TalksOnStandardErrorUnlessThatIsOff) {
     EXPECT_EQ(messages_.text().size(), before);
 }
 
+TEST_F(UrlRead, TalkShowsNoSignatureOfAPresignedUrl) {
+    ScriptedServer server([&server](const Request& request) {
+        Answer answer = answerWithRange(request, "abc");
+        if (request.method == "HEAD" || request.target.starts_with("/there")) return answer;
+        answer.status = 302;
+        answer.headers.emplace_back("Location", server.url("/there?X-Amz-Signature=0feed1"));
+        return answer;
+    });
+    const OwnedFile file = openForReading(server.url("/x?X-Amz-Signature=0feed0&X-Amz-Date=1"));
+    EXPECT_EQ(readSome(file, 3), "abc");
+    EXPECT_EQ(messages_.count("> GET /x?X-Amz-Signature=***&X-Amz-Date=1 HTTP/1.1\r\n"), 1u);
+    EXPECT_EQ(messages_.count("< Location: " + server.url("/there?X-Amz-Signature=***\r\n")), 1u);
+    EXPECT_EQ(messages_.count("0feed"), 0u);
+}
+
 TEST_F(UrlRead, WhatIsOpenForWritingIsNotRead) {
     ScriptedServer server(serve("abc"));
     const OwnedFile file = openFile(server.url("/x"), KVFILE_READ | KVFILE_WRITE, KVFILE_OPEN_ALWAYS);

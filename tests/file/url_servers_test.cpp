@@ -1,4 +1,6 @@
 // The same files on real servers: nginx over HTTP and HTTPS, and an FTP server.
+#include <curl/curl.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -7,6 +9,7 @@
 #include "kvos/attributes.h"
 #include "servers/ftp.h"
 #include "servers/nginx.h"
+#include "servers/scripted_server.h"
 #include "support/captured_messages.h"
 #include "support/scratch.h"
 
@@ -70,6 +73,48 @@ TEST_F(UrlOnNginx, HttpsWithACertificateThatNobodySigned) {
     const OwnedFile file = openForReading(nginx_.secureUrl("/clip.mov"));
     ASSERT_TRUE(file.isOpen());
     EXPECT_TRUE(readInCallsOf(file, 65536, content.size()) == content);
+}
+
+TEST_F(UrlOnNginx, HttpMayLeadToHttps) {
+    nginx_.makeDocument("/clip.mov", "abc");
+    const ScriptedServer leading([this](const Request&) {
+        Answer answer;
+        answer.status = 302;
+        answer.headers.emplace_back("Location", nginx_.secureUrl("/clip.mov"));
+        return answer;
+    });
+    EXPECT_EQ(readAll(openForReading(leading.url("/a"))), "abc");
+}
+
+TEST_F(UrlOnFtp, HttpMayLeadThere) {
+    makeFile(ftp_.root() + "/clip.mov", "abc");
+    const ScriptedServer leading([this](const Request&) {
+        Answer answer;
+        answer.status = 302;
+        answer.headers.emplace_back("Location", ftp_.url("/clip.mov"));
+        return answer;
+    });
+    EXPECT_EQ(readAll(openForReading(leading.url("/a"))), "abc");
+}
+
+TEST_F(UrlOnNginx, NoMethodVerifiesTheCertificate) {
+    const OwnedFile file = openFile(nginx_.secureUrl("/dav/up.txt"), KVFILE_WRITE, KVFILE_CREATE_ALWAYS);
+    for (const char* method : {"POST", "PATCH", static_cast<const char*>(nullptr)}) {
+        char data[4096] = "hello";
+        std::uint32_t room = sizeof data;
+        auto* const how = reinterpret_cast<kvOSOverlapped*>(const_cast<char*>(method));
+        EXPECT_EQ(kvOSWriteFile(file.handle(), data, 5, &room, how), 1u) << (method == nullptr ? "PUT" : method);
+    }
+    EXPECT_EQ(nginx_.requests().size(), 3u);
+}
+
+TEST_F(UrlOnNginx, ConnectionIsNotHandedToProgramsThatAreStarted) {
+    nginx_.makeDocument("/clip.mov", "bytes");
+    const OwnedFile file = openForReading(nginx_.url("/clip.mov"));
+    ASSERT_EQ(readAll(file), "bytes");
+    curl_socket_t socket = CURL_SOCKET_BAD;
+    ASSERT_EQ(curl_easy_getinfo(file.record().pFile, CURLINFO_ACTIVESOCKET, &socket), CURLE_OK);
+    EXPECT_EQ(fcntl(socket, F_GETFD), FD_CLOEXEC);
 }
 
 TEST_F(UrlOnNginx, PutLandsAndIsReadBack) {

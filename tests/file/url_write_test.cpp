@@ -242,3 +242,77 @@ TEST(UrlWrite, EarlyRefusalOfALargeBodyFails) {
     const OwnedFile file = openForWriting(server);
     EXPECT_EQ(write(file, std::string(8 << 20, 'x'), nullptr).result, 0u);
 }
+
+TEST(UrlWrite, PutAfterAPostFailsWhereItIsRefused) {
+    ScriptedServer server([](const Request& request) { return answered(request.method == "PUT" ? 403 : 200); });
+    for (const char* how : {"POST", "PATCH"}) {
+        const OwnedFile file = openForWriting(server);
+        EXPECT_EQ(write(file, "abc", how).result, 1u);
+        errno = 0;
+        EXPECT_EQ(write(file, "abc", nullptr).result, 0u);
+        EXPECT_EQ(errno, EACCES);
+    }
+}
+
+TEST(UrlWrite, RedirectedPutSendsAllOfItsDataAgain) {
+    ScriptedServer server([](const Request& request) {
+        Answer answer = answered(request.method == "PUT" && request.target == "/up" ? 307 : 200);
+        if (answer.status == 307) answer.headers.emplace_back("Location", "/there");
+        return answer;
+    });
+    const auto putsWhole = [&](const OwnedFile& file) {
+        EXPECT_EQ(write(file, "abc", nullptr).result, 1u);
+        EXPECT_EQ(server.requests().back().target, "/there");
+        EXPECT_EQ(server.requests().back().body, "abc" + kZero);
+    };
+    putsWhole(openForWriting(server));
+    const OwnedFile behindTheStart = openForWriting(server);
+    kvOSSeek(behindTheStart.handle(), 100);
+    putsWhole(behindTheStart);
+    const OwnedFile behindAPost = openForWriting(server);
+    EXPECT_EQ(write(behindAPost, "abc", "POST").result, 1u);
+    putsWhole(behindAPost);
+}
+
+TEST(UrlWrite, PostFollowsNoRedirect) {
+    ScriptedServer server([](const Request&) {
+        Answer answer = answered(302);
+        answer.headers.emplace_back("Location", "/there");
+        return answer;
+    });
+    const OwnedFile file = openForWriting(server);
+    EXPECT_EQ(write(file, "abc", "POST").result, 1u);
+    EXPECT_EQ(server.requests().size(), 1u);
+}
+
+TEST(UrlWrite, ReadAfterAPostGivesUpACircleAsBefore) {
+    ScriptedServer server([](const Request& request) {
+        Answer answer = answered(request.method == "GET" ? 302 : 200, "abc");
+        if (answer.status == 302) answer.headers.emplace_back("Location", "/again");
+        return answer;
+    });
+    gdwOutputToStdDebug = 0;
+    const OwnedFile file = openForReading(server.url("/x"));
+    const auto requestsOfARead = [&] {
+        const std::size_t before = server.requests().size();
+        char byte = 0;
+        std::uint32_t got = 0;
+        EXPECT_EQ(kvOSReadFile(file.handle(), &byte, 1, &got, nullptr), 0u);
+        return server.requests().size() - before;
+    };
+    EXPECT_EQ(requestsOfARead(), 31u);
+    EXPECT_EQ(write(file, "a", "POST").result, 1u);
+    kvOSSeek(file.handle(), 0);
+    EXPECT_EQ(requestsOfARead(), 31u);
+}
+
+TEST(UrlWrite, TextOfTheStdioCallsInReadOnlyMemoryIsNotTouchedForAnOutput) {
+    ScriptedServer server([](const Request&) { return answered(200, "an answer"); });
+    const ScratchFolder folder;
+    const OwnedFile file = openFile(folder / "main", KVFILE_WRITE, KVFILE_CREATE_ALWAYS);
+    ASSERT_EQ(kvOSAddOutputFile(file.handle(), (folder / "copy").c_str()), 1u);
+    ASSERT_EQ(kvOSAddOutputFile(file.handle(), server.url("/up").c_str()), 1u);
+    EXPECT_EQ(kvOSfputs("hello", file.handle()), 1u);
+    for (const Request& request : server.requests()) EXPECT_EQ(request.body, "hello" + kZero);
+    EXPECT_EQ(server.requests().size(), 2u);
+}

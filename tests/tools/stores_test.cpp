@@ -7,6 +7,7 @@
 
 #include "kvcfg.h"
 #include "servers/nginx.h"
+#include "servers/scripted_server.h"
 #include "servers/scripted_store.h"
 #include "support/scratch.h"
 #include "tools/run_kv.h"
@@ -239,6 +240,22 @@ TEST_F(Stores, SecretsAreNotAmongTheArgumentsThatTheSystemShows) {
     EXPECT_NE(arguments.find("s3://ACCESS:******@" + store_.host()), std::string::npos) << arguments;
     store_.release();
     EXPECT_EQ(kv.wait().exit, 0);
+}
+
+TEST_F(Stores, SignaturesOfPresignedUrlsAreNotAmongThemEither) {
+    ScriptedServer server([](const Request& request) {
+        Answer answer = answerWithRange(request, "x");
+        answer.stall = true;
+        return answer;
+    });
+    const std::string url = server.url("/clip?X-Amz-Signature=");
+    RunningKv kv({"cat", url + "5ec12e7&x=1"});
+    ASSERT_TRUE(server.waitForRequests(1));
+    const std::string arguments = contentOf("/proc/" + std::to_string(kv.process()) + "/cmdline");
+    EXPECT_NE(arguments.find(url + "*******&x=1"), std::string::npos) << arguments;
+    server.release();
+    const Outcome run = kv.wait();
+    EXPECT_EQ((run.out + run.err).find("5ec12e7"), std::string::npos) << run.err;
 }
 
 TEST_F(Stores, HelpNamesObjects) { EXPECT_NE(runKv({"--help"}).out.find("s3://"), std::string::npos); }
