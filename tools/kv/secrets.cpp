@@ -1,5 +1,6 @@
 // A secret of a store may hold slashes, so that it ends at the first "@"; the password of a URL ends ahead of the first
-// slash, and what looks like one behind it is part of the path.
+// slash, and what looks like one behind it is part of the path. The signature of a presigned URL gives access like
+// both.
 #include "kv/secrets.h"
 
 #include <algorithm>
@@ -17,8 +18,7 @@ struct Place {
     std::size_t end;
 };
 
-/// Where a locator holds its secret.
-std::optional<Place> secretIn(const std::string& locator) {
+std::optional<Place> passwordIn(const std::string& locator) {
     constexpr std::string_view kSchemeEnd = "://";
     const std::size_t scheme = locator.find(kSchemeEnd);
     if (scheme == std::string::npos) return std::nullopt;
@@ -31,8 +31,18 @@ std::optional<Place> secretIn(const std::string& locator) {
     return Place{colon + 1, end};
 }
 
+std::optional<Place> signatureIn(const std::string& locator) {
+    constexpr std::string_view kName = "X-Amz-Signature=";
+    const std::size_t name = locator.find(kName);
+    if (name == std::string::npos) return std::nullopt;
+    const std::size_t begin = name + kName.size();
+    return Place{begin, std::min(locator.find('&', begin), locator.size())};
+}
+
 std::string hidden(std::string locator) {
-    if (const auto secret = secretIn(locator)) locator.replace(secret->begin, secret->end - secret->begin, "***");
+    for (const auto find : {signatureIn, passwordIn}) {
+        if (const auto secret = find(locator)) locator.replace(secret->begin, secret->end - secret->begin, "***");
+    }
     return locator;
 }
 
@@ -52,7 +62,9 @@ std::string withoutSecrets(std::string_view text) {
 
 void hideSecrets(int argc, char** argv) {
     for (char* const argument : std::span(argv, static_cast<std::size_t>(argc))) {
-        if (const auto secret = secretIn(argument)) std::fill(argument + secret->begin, argument + secret->end, '*');
+        for (const auto find : {signatureIn, passwordIn}) {
+            if (const auto secret = find(argument)) std::fill(argument + secret->begin, argument + secret->end, '*');
+        }
     }
 }
 
