@@ -52,6 +52,15 @@ protected:
     FtpServer ftp_;
 };
 
+ScriptedServer::Handler leadingTo(const std::string& url) {
+    return [url](const Request&) {
+        Answer answer;
+        answer.status = 302;
+        answer.headers.emplace_back("Location", url);
+        return answer;
+    };
+}
+
 }  // namespace
 
 TEST_F(UrlOnNginx, RequestsEqualTheSizeOverAMebibyteRoundedUpOnOneConnection) {
@@ -77,23 +86,13 @@ TEST_F(UrlOnNginx, HttpsWithACertificateThatNobodySigned) {
 
 TEST_F(UrlOnNginx, HttpMayLeadToHttps) {
     nginx_.makeDocument("/clip.mov", "abc");
-    const ScriptedServer leading([this](const Request&) {
-        Answer answer;
-        answer.status = 302;
-        answer.headers.emplace_back("Location", nginx_.secureUrl("/clip.mov"));
-        return answer;
-    });
+    const ScriptedServer leading(leadingTo(nginx_.secureUrl("/clip.mov")));
     EXPECT_EQ(readAll(openForReading(leading.url("/a"))), "abc");
 }
 
 TEST_F(UrlOnFtp, HttpMayLeadThere) {
     makeFile(ftp_.root() + "/clip.mov", "abc");
-    const ScriptedServer leading([this](const Request&) {
-        Answer answer;
-        answer.status = 302;
-        answer.headers.emplace_back("Location", ftp_.url("/clip.mov"));
-        return answer;
-    });
+    const ScriptedServer leading(leadingTo(ftp_.url("/clip.mov")));
     EXPECT_EQ(readAll(openForReading(leading.url("/a"))), "abc");
 }
 
