@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <map>
 #include <random>
 #include <spawn.h>
@@ -16,6 +17,7 @@
 
 #include "bench/delay.h"
 #include "bench/peers/peers.h"
+#include "bench/peers/ranges.h"
 #include "bench/resident.h"
 #include "bench/scratch.h"
 #include "bench/topics.h"
@@ -95,6 +97,27 @@ void readInOrder(const Source& source, std::uint32_t call) {
     }
 }
 
+/// The requests of readInOrder by the transfer library alone, one after the other, each answer handed on in pieces of
+/// the call's size. Calls of which two fit in a block share it; each larger one has a range of its own.
+void readByRanges(const Source& source, std::uint32_t call) {
+    const std::uint64_t block = gdwS3DefaultCacheSize;
+    const bool isShared = 2 * std::uint64_t{call} <= block;
+    const std::uint64_t step = isShared ? block : call;
+    const std::uint64_t wanted = isShared ? block : std::max(call + std::uint64_t{k64KiB}, block);
+    RangeReader reader("http://" + source.host + "/" + source.bucket + "/" + source.key);
+    reader.signAs(source.accessKey, source.secretKey);
+    reader.readHead();
+    std::vector<char> buffer(call);
+    for (std::uint64_t at = 0; at < source.size; at += step) {
+        const auto range = reader.read(at, std::min(wanted, source.size - at));
+        const std::uint64_t end = std::min<std::uint64_t>(step, range.size());
+        for (std::uint64_t from = 0; from < end; from += call) {
+            std::memcpy(buffer.data(), range.data() + from, std::min<std::uint64_t>(call, end - from));
+            benchmark::DoNotOptimize(buffer.data());
+        }
+    }
+}
+
 void readPlaces(const Source& source, const Places& places) {
     Clip clip(source.locator, KVFILE_READ, KVFILE_OPEN_EXISTING);
     std::vector<char> buffer(k64KiB);
@@ -162,6 +185,8 @@ void compareReads(Table& table, const Source& source, std::uint32_t call) {
                   atLeast(0.8), Clock::wall};
     const auto ours = [&] { readInOrder(source, call); };
     table.compare(row, ours, [command = curlCommand(source)] { runProgram(command); });
+    table.compare({row.what, "libcurl, the same ranges", row.work, atLeast(0.95), Clock::wall}, ours,
+                  [&] { readByRanges(source, call); });
 #ifdef KVUTIL_BENCH_GDAL
     table.compare({row.what, "GDAL, /vsis3/", row.work, atLeast(1.0), Clock::wall}, ours,
                   [&] { readByGdal("/vsis3/" + source.bucket + "/" + source.key, source.size, call); });

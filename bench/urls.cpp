@@ -6,14 +6,13 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <curl/curl.h>
-#include <memory>
 #include <string>
 #include <unistd.h>
 #include <vector>
 
 #include "bench/delay.h"
 #include "bench/peers/peers.h"
+#include "bench/peers/ranges.h"
 #include "bench/resident.h"
 #include "bench/topics.h"
 #include "errlog.h"
@@ -24,25 +23,6 @@ namespace kv::bench {
 namespace {
 
 constexpr std::uint64_t kMiB = 1048576;
-
-struct CloseTransfer {
-    void operator()(CURL* transfer) const { curl_easy_cleanup(transfer); }
-};
-
-/// Where a range's bytes go.
-struct Window {
-    std::vector<char> bytes = std::vector<char>(kMiB);
-    std::size_t used = 0;
-};
-
-std::size_t store(char* data, std::size_t size, std::size_t count, void* target) {
-    auto& window = *static_cast<Window*>(target);
-    const std::size_t amount = size * count;
-    if (amount > window.bytes.size() - window.used) return 0;
-    std::memcpy(window.bytes.data() + window.used, data, amount);
-    window.used += amount;
-    return amount;
-}
 
 void readByLibrary(const std::string& url, std::uint64_t size, std::uint32_t call) {
     const std::int64_t file = kvOSCreateFile(url.c_str(), KVFILE_READ, 3, nullptr, KVFILE_OPEN_EXISTING, 0, 0);
@@ -57,23 +37,14 @@ void readByLibrary(const std::string& url, std::uint64_t size, std::uint32_t cal
 
 /// The header request that an open makes, then the ranges, each handed on in pieces of the call's size.
 void readByTransfers(const std::string& url, std::uint64_t size, std::uint32_t call) {
-    const std::unique_ptr<CURL, CloseTransfer> transfer(curl_easy_init());
-    Window window;
+    RangeReader reader(url);
     std::vector<char> buffer(call);
-    curl_easy_setopt(transfer.get(), CURLOPT_URL, url.c_str());
-    curl_easy_setopt(transfer.get(), CURLOPT_NOBODY, 1L);
-    require(curl_easy_perform(transfer.get()) == CURLE_OK, "the header request failed");
-    curl_easy_setopt(transfer.get(), CURLOPT_NOBODY, 0L);
-    curl_easy_setopt(transfer.get(), CURLOPT_WRITEFUNCTION, &store);
-    curl_easy_setopt(transfer.get(), CURLOPT_WRITEDATA, &window);
+    reader.readHead();
     for (std::uint64_t at = 0; at < size; at += kMiB) {
-        const std::string range = std::to_string(at) + "-" + std::to_string(at + kMiB - 1);
-        curl_easy_setopt(transfer.get(), CURLOPT_RANGE, range.c_str());
-        window.used = 0;
-        require(curl_easy_perform(transfer.get()) == CURLE_OK && window.used == kMiB, "a short range");
+        const auto range = reader.read(at, kMiB);
         if (call == kMiB) continue;
         for (std::uint64_t from = 0; from < kMiB; from += call) {
-            std::memcpy(buffer.data(), window.bytes.data() + from, call);
+            std::memcpy(buffer.data(), range.data() + from, call);
             benchmark::DoNotOptimize(buffer.data());
         }
     }
